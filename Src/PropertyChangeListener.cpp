@@ -1,0 +1,5 @@
+// PropertyChangeListener.cpp - see PropertyChangeListener.h.
+
+#include "PropertyChangeListener.h"
+
+PropertyChangeListener::~PropertyChangeListener() {}

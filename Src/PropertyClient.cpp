@@ -1,0 +1,5 @@
+// PropertyClient.cpp - see PropertyClient.h.
+
+#include "PropertyClient.h"
+
+PropertyClient::~PropertyClient() {}

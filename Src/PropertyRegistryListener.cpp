@@ -1,0 +1,5 @@
+// PropertyRegistryListener.cpp - see PropertyRegistryListener.h.
+
+#include "PropertyRegistryListener.h"
+
+PropertyRegistryListener::~PropertyRegistryListener() {}

@@ -1,0 +1,33 @@
+#!/bin/sh
+# Installs the Debian packages that building and testing need, if any are
+# missing. Runs apt-get as root, or through sudo when that is available.
+set -eu
+
+missing=""
+need() {  # need PACKAGE TEST-COMMAND...
+  pkg=$1; shift
+  if ! "$@" >/dev/null 2>&1; then missing="$missing $pkg"; fi
+}
+
+need cmake command -v cmake
+need g++ command -v g++
+need make command -v make
+need libgtest-dev test -f /usr/include/gtest/gtest.h
+need libgmock-dev test -f /usr/include/gmock/gmock.h
+# The locale tests build a German locale from these sources.
+need locales test -d /usr/share/i18n/locales
+
+[ -z "$missing" ] && exit 0
+
+echo "Installing missing packages:$missing"
+if [ "$(id -u)" -eq 0 ]; then
+  apt=""
+elif command -v sudo >/dev/null 2>&1; then
+  apt="sudo"
+else
+  echo "Please install as root: apt-get install$missing" >&2
+  exit 1
+fi
+$apt apt-get update
+# shellcheck disable=SC2086
+DEBIAN_FRONTEND=noninteractive $apt apt-get install -y --no-install-recommends $missing
