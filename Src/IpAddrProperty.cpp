@@ -8,8 +8,7 @@ const char IpAddrProperty::kTypeName[] = "PROPERTY_TYPE_IP_ADDR";
 
 IpAddrProperty::IpAddrProperty(const propstring& key, const propstring& value,
                                const propstring& section)
-    : BaseProperty(key, kTypeName, "IP Address Property", section),
-      m_value() {
+    : BaseProperty(key, kTypeName, "IP Address Property", section), m_value() {
   IpAddrProperty::IsValueValid(value);
   inet_aton(value.c_str(), &m_value);
 }

@@ -23,7 +23,8 @@ void AddOnce(std::list<T*>& list, T* item) {
 // Erases the first element equal to item, if there is one.
 template <typename T>
 void RemoveFirst(std::list<T*>& list, T* item) {
-  typename std::list<T*>::iterator it = std::find(list.begin(), list.end(), item);
+  typename std::list<T*>::iterator it =
+      std::find(list.begin(), list.end(), item);
   if (it != list.end()) list.erase(it);
 }
 

@@ -56,10 +56,12 @@ int main() {
   PrintingListener listener;
   registry.AddChangeListener(&listener);
 
-  Property* port = factory.CreateProperty("PROPERTY_TYPE_INTEGER", "port", "8080");
+  Property* port =
+      factory.CreateProperty("PROPERTY_TYPE_INTEGER", "port", "8080");
   Property* level = factory.CreateProperty("PROPERTY_TYPE_LIST", "level",
                                            "debug|info|warning|error");
-  Property* host = factory.CreateProperty("PROPERTY_TYPE_IP_ADDR", "host", "127.1");
+  Property* host =
+      factory.CreateProperty("PROPERTY_TYPE_IP_ADDR", "host", "127.1");
   registry.RegisterProperty(port);  // The registry owns them from here on.
   registry.RegisterProperty(level);
   registry.RegisterProperty(host);

@@ -28,8 +28,8 @@ size_t TestManager::ChangeListenerCount() const {
 
 pthread_mutex_t* TestManager::Mutex() const { return m_mutex; }
 
-RecordingListener::RecordingListener(const std::string& name,
-                                     EventList* events, int* deletions)
+RecordingListener::RecordingListener(const std::string& name, EventList* events,
+                                     int* deletions)
     : m_name(name), m_events(events), m_deletions(deletions) {}
 
 RecordingListener::~RecordingListener() {

@@ -1,0 +1,148 @@
+// IniProperties.cpp - see IniProperties.h.
+
+#include "IniProperties.h"
+
+#include <assert.h>
+
+#include <cstring>
+#include <fstream>
+
+namespace {
+
+const char kFile[] = "Src/IniProperties.cpp";
+
+char kRedefinesSection[] = "Line %d redefines a section";
+char kRedefinesProperty[] = "Line %d redefines a property";
+char kLoading[] = "Loading '%s' of '%s' to '%s'";
+char kSetting[] = "Setting '%s' of '%s' to '%s'";
+char kNotFound[] = "Property '%s' at Section '%s' was not found";
+
+typedef std::map<propstring, propstring> Section;
+
+// The name of the header line text (which starts with '['): up to the last
+// ']', or, for a line without one, the rest of the line.
+propstring SectionName(const char* text) {
+  const char* close = std::strrchr(text, ']');
+  if (close == nullptr) return propstring(text + 1);
+  return propstring(text + 1, close);
+}
+
+}  // namespace
+
+IniProperties::IniProperties() {}
+
+IniProperties::~IniProperties() {}
+
+bool IniProperties::Load(const propstring& fileName) {
+  if (fileName.empty()) {
+    __assert_fail("!fileName.empty()", kFile, 34,
+                  "bool IniProperties::Load(const propstring&)");
+  }
+  std::ifstream in(fileName.c_str(), std::ios::in);
+  if (!in.is_open()) return false;
+  return Load(in);
+}
+
+bool IniProperties::Load(std::istream& in) {
+  bool result = in.rdstate() == std::ios::goodbit;
+  int lineNumber = 0;
+  char buffer[kLineBufferSize];
+  // Empty while no named section has begun: entries read then are dropped.
+  propstring current;
+  Section pending;
+  // As in the flat reader, a line of 512 or more characters makes this loop
+  // run for ever.
+  while (!in.eof() && result) {
+    ++lineNumber;
+    result = ReadLine(in, buffer, lineNumber);
+    char* comment = std::strchr(buffer, ';');
+    if (comment != nullptr) *comment = '\0';
+    char* line = buffer;
+    if (std::strchr(line, '[') != nullptr) {
+      // The whole line is cleaned, so a header may stand in blanks or
+      // quotes; an entry line goes on cleaned.
+      line = Extract(line);
+      if (line[0] == '[') {
+        if (!current.empty()) m_sections[current].swap(pending);
+        current = SectionName(line);
+        if (m_sections.count(current) != 0) {
+          Log(1, kRedefinesSection, lineNumber);
+        }
+        pending.clear();
+        continue;
+      }
+    }
+    char* equals = std::strchr(line, '=');
+    if (equals == nullptr) continue;
+    *equals = '\0';
+    const propstring key(Extract(line));
+    const char* value = Extract(equals + 1);
+    Section::iterator it = pending.lower_bound(key);
+    if (it != pending.end() && it->first == key) {
+      Log(1, kRedefinesProperty, lineNumber);
+      it->second = value;
+    } else {
+      it = pending.emplace_hint(it, key, value);
+    }
+    Log(1, kLoading, it->first.c_str(), current.c_str(), it->second.c_str());
+  }
+  if (!current.empty()) m_sections[current].swap(pending);
+  return result;
+}
+
+bool IniProperties::Store(const propstring& fileName,
+                          const propstring& header) {
+  if (fileName.empty()) {
+    __assert_fail(
+        "!fileName.empty()", kFile, 124,
+        "bool IniProperties::Store(const propstring&, const propstring&)");
+  }
+  std::ofstream out(fileName.c_str(), std::ios::out | std::ios::trunc);
+  if (!out.is_open()) return false;
+  return Store(out, header);
+}
+
+bool IniProperties::Store(std::ostream& out, const propstring& header) {
+  if (out.bad()) return false;
+  if (!header.empty()) WriteLine(out, ";" + header);
+  for (const auto& section : m_sections) {
+    WriteLine(out, "[" + section.first + "]");
+    for (const auto& entry : section.second) {
+      WriteEntry(out, entry.first, entry.second);
+    }
+    WriteLine(out, propstring());
+  }
+  return out.rdstate() == std::ios::goodbit;
+}
+
+void IniProperties::SetProperty(const propstring& section,
+                                const propstring& key,
+                                const propstring& value) {
+  Log(1, kSetting, key.c_str(), section.c_str(), value.c_str());
+  m_sections[section][key] = value;
+}
+
+bool IniProperties::GetProperty(const propstring& section,
+                                const propstring& key,
+                                propstring& value) const {
+  std::map<propstring, Section>::const_iterator found =
+      m_sections.find(section);
+  if (found != m_sections.end()) {
+    Section::const_iterator entry = found->second.find(key);
+    if (entry != found->second.end()) {
+      value = entry->second;
+      return true;
+    }
+  }
+  Log(1, kNotFound, key.c_str(), section.c_str());
+  return false;
+}
+
+propstring IniProperties::GetProperty(const propstring& section,
+                                      const propstring& key) const {
+  propstring value;
+  GetProperty(section, key, value);
+  return value;
+}
+
+void IniProperties::Clear() { m_sections.clear(); }

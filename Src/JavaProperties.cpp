@@ -1,0 +1,163 @@
+// JavaProperties.cpp - see JavaProperties.h.
+
+#include "JavaProperties.h"
+
+#include <assert.h>
+
+#include <cstring>
+#include <fstream>
+
+namespace {
+
+const char kFile[] = "Src/JavaProperties.cpp";
+
+char kErrorReading[] = "Error reading Line %d";
+char kTooLong[] = "Line %d is too long";
+char kRedefinesProperty[] = "Line %d redefines a property";
+char kLoading[] = "Loading '%s' to '%s'";
+char kSetting[] = "Setting '%s' to '%s'";
+char kNotFound[] = "Property '%s' was not found";
+
+// The blanks of the C locale's isspace(), whatever the process locale is, so
+// that a file reads the same in every program.
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' ||
+         c == '\r';
+}
+
+}  // namespace
+
+JavaProperties::JavaProperties() {}
+
+JavaProperties::~JavaProperties() {}
+
+bool JavaProperties::Load(const propstring& fileName) {
+  if (fileName.empty()) {
+    __assert_fail("!fileName.empty()", kFile, 34,
+                  "bool JavaProperties::Load(const propstring&)");
+  }
+  std::ifstream in(fileName.c_str(), std::ios::in);
+  if (!in.is_open()) return false;
+  return Load(in);
+}
+
+bool JavaProperties::Load(std::istream& in) {
+  bool result = in.rdstate() == std::ios::goodbit;
+  int lineNumber = 0;
+  char buffer[kLineBufferSize];
+  // Ends only at end of file or after a read error. A line of 512 or more
+  // characters leaves the stream failed but not at its end, so the loop then
+  // reads empty lines for ever; files rely on the 511-character limit.
+  while (!in.eof() && result) {
+    ++lineNumber;
+    result = ReadLine(in, buffer, lineNumber);
+    char* comment = std::strchr(buffer, '#');
+    if (comment != nullptr) *comment = '\0';
+    char* equals = std::strchr(buffer, '=');
+    if (equals == nullptr) continue;
+    *equals = '\0';
+    const propstring key(Extract(buffer));
+    const char* value = Extract(equals + 1);
+    std::map<propstring, propstring>::iterator it = m_entries.lower_bound(key);
+    if (it != m_entries.end() && it->first == key) {
+      Log(1, kRedefinesProperty, lineNumber);
+      it->second = value;
+    } else {
+      it = m_entries.emplace_hint(it, key, value);
+    }
+    Log(1, kLoading, it->first.c_str(), it->second.c_str());
+  }
+  return result;
+}
+
+bool JavaProperties::Store(const propstring& fileName,
+                           const propstring& header) {
+  if (fileName.empty()) {
+    __assert_fail(
+        "!fileName.empty()", kFile, 99,
+        "bool JavaProperties::Store(const propstring&, const propstring&)");
+  }
+  std::ofstream out(fileName.c_str(), std::ios::out | std::ios::trunc);
+  if (!out.is_open()) return false;
+  return Store(out, header);
+}
+
+bool JavaProperties::Store(std::ostream& out, const propstring& header) {
+  if (out.bad()) return false;
+  if (!header.empty()) WriteLine(out, "#" + header);
+  for (const auto& entry : m_entries) {
+    WriteEntry(out, entry.first, entry.second);
+  }
+  return out.rdstate() == std::ios::goodbit;
+}
+
+void JavaProperties::SetProperty(const propstring& key,
+                                 const propstring& value) {
+  Log(1, kSetting, key.c_str(), value.c_str());
+  m_entries[key] = value;
+}
+
+bool JavaProperties::GetProperty(const propstring& key,
+                                 propstring& value) const {
+  std::map<propstring, propstring>::const_iterator it = m_entries.find(key);
+  if (it == m_entries.end()) {
+    Log(1, kNotFound, key.c_str());
+    return false;
+  }
+  value = it->second;
+  return true;
+}
+
+propstring JavaProperties::GetProperty(const propstring& key) const {
+  propstring value;
+  GetProperty(key, value);
+  return value;
+}
+
+void JavaProperties::Clear() { m_entries.clear(); }
+
+char* JavaProperties::Extract(char* text) {
+  while (IsBlank(*text)) ++text;
+  const bool quoted = *text == '"';
+  if (quoted) ++text;
+  char* start = text;
+  char* end = start + std::strlen(start);
+  while (end > start && IsBlank(end[-1])) --end;
+  if (quoted) {
+    // Only the last byte is looked at: "a" b keeps both of its quotes.
+    if (end > start && end[-1] == '"') {
+      --end;
+    } else {
+      --start;  // An unmatched opening quote belongs to the text.
+    }
+  }
+  *end = '\0';
+  return start;
+}
+
+bool JavaProperties::ReadLine(std::istream& in, char* buffer, int lineNumber) {
+  in.getline(buffer, kLineBufferSize, in.widen('\n'));
+  bool ok = true;
+  if (in.bad()) {
+    Log(1, kErrorReading, lineNumber);
+    ok = false;
+  }
+  // gcount() counts the consumed line feed too, so this fires exactly for a
+  // line of 511 characters, which is still stored whole. Kept as it always
+  // was: existing tools look for this message.
+  if (in.gcount() > kLineBufferSize - 1) Log(1, kTooLong, lineNumber);
+  return ok;
+}
+
+void JavaProperties::WriteEntry(std::ostream& out, const propstring& key,
+                                const propstring& value) {
+  out.write(key.data(), static_cast<std::streamsize>(key.size()));
+  out.put('=');
+  WriteLine(out, value);
+}
+
+void JavaProperties::WriteLine(std::ostream& out, const propstring& text) {
+  out.write(text.data(), static_cast<std::streamsize>(text.size()));
+  out.put('\n');
+  out.flush();
+}
