@@ -3,6 +3,7 @@
 #include "PropertyManager.h"
 
 #include <assert.h>
+#include <pthread.h>
 
 #include <algorithm>
 
@@ -11,6 +12,38 @@ namespace {
 // Crash reports and their tooling match on these texts, so the file name,
 // line and function text of every assertion stay fixed.
 const char kFile[] = "Src/PropertyManager.cpp";
+
+// Guards the shape of every manager's property list against look-ups that
+// run without the manager's mutex. Held only around list reads and single
+// insertions or erasures, never during a callback, so it cannot deadlock.
+// Constant-initialised and never destroyed: managers die at process exit.
+pthread_rwlock_t g_propertyListLock = PTHREAD_RWLOCK_INITIALIZER;
+
+class ListReadLock {
+ public:
+  ListReadLock() { pthread_rwlock_rdlock(&g_propertyListLock); }
+  ~ListReadLock() { pthread_rwlock_unlock(&g_propertyListLock); }
+};
+
+class ListWriteLock {
+ public:
+  ListWriteLock() { pthread_rwlock_wrlock(&g_propertyListLock); }
+  ~ListWriteLock() { pthread_rwlock_unlock(&g_propertyListLock); }
+};
+
+// True if the list holds a property that registering candidate would
+// duplicate: the same object, or equal key and section.
+bool IsDuplicate(const std::list<Property*>& properties, Property* candidate) {
+  ListReadLock lock;
+  for (Property* registered : properties) {
+    if (registered == candidate) return true;
+    if (registered->GetKey() == candidate->GetKey() &&
+        registered->GetSection() == candidate->GetSection()) {
+      return true;
+    }
+  }
+  return false;
+}
 
 // Appends item unless the list holds it already.
 template <typename T>
@@ -48,14 +81,11 @@ void PropertyManager::RegisterProperty(Property* property) {
     __assert_fail("property", kFile, 53,
                   "void PropertyManager::RegisterProperty(Property*)");
   }
-  for (Property* registered : m_properties) {
-    if (registered == property) return;
-    if (registered->GetKey() == property->GetKey() &&
-        registered->GetSection() == property->GetSection()) {
-      return;
-    }
+  if (IsDuplicate(m_properties, property)) return;
+  {
+    ListWriteLock lock;
+    m_properties.push_back(property);
   }
-  m_properties.push_back(property);
   property->RegisterPropertyManager(this);
   for (std::list<PropertyRegistryListener*>::iterator it =
            m_registryListeners.begin();
@@ -69,9 +99,12 @@ void PropertyManager::UnregisterProperty(Property* property) {
     __assert_fail("property", kFile, 79,
                   "void PropertyManager::UnregisterProperty(Property*)");
   }
-  if (std::find(m_properties.begin(), m_properties.end(), property) ==
-      m_properties.end()) {
-    return;
+  {
+    ListReadLock lock;
+    if (std::find(m_properties.begin(), m_properties.end(), property) ==
+        m_properties.end()) {
+      return;
+    }
   }
   for (std::list<PropertyRegistryListener*>::iterator it =
            m_registryListeners.begin();
@@ -79,6 +112,7 @@ void PropertyManager::UnregisterProperty(Property* property) {
     (*it)->RemovingProperty(property);
   }
   // Looked up again: a listener may have changed the list meanwhile.
+  ListWriteLock lock;
   RemoveFirst(m_properties, property);
 }
 
@@ -156,3 +190,13 @@ void PropertyManager::NotifyChangeListeners(Property* property) {
 }
 
 propstring PropertyManager::GetName() const { return m_name; }
+
+Property* PropertyManager::FindProperty(const propstring* section,
+                                        const propstring& key) const {
+  ListReadLock lock;
+  for (Property* property : m_properties) {
+    if (section != nullptr && property->GetSection() != *section) continue;
+    if (property->GetKey() == key) return property;
+  }
+  return nullptr;
+}

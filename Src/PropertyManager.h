@@ -79,6 +79,12 @@ class PropertyManager {
   PropertyManager& operator=(const PropertyManager&) = delete;
 
  protected:
+  // Returns the first registered property whose section (if section is not
+  // null; compared first) and key equal the arguments, or null. Takes no
+  // manager lock; safe while other threads register or remove properties.
+  Property* FindProperty(const propstring* section,
+                         const propstring& key) const;
+
   propstring m_name;
   std::list<PropertyClient*> m_clients;
   std::list<Property*> m_properties;

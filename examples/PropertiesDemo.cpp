@@ -1,77 +1,152 @@
-// PropertiesDemo.cpp - typed properties on a registry, a change listener and
-// a rejected value with its exact message.
+// PropertiesDemo.cpp - libproperties doing its job: typed settings of a small
+// service, bound to a flat .properties file and a sectioned .ini file.
+//
+//   PropertiesDemo [DIR]
+//
+// Without DIR the demo works in a new temporary directory and then starts
+// itself a second time on it, to show a later run of the service picking up
+// what the first run stored. With DIR it uses (and creates) that directory:
+// run it twice on one directory to see the same.
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
-#include <memory>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
 
-#include "IniPropertyFactory.h"
-#include "JavaPropertyFactory.h"
 #include "Properties.h"
-#include "PropertyChangeListener.h"
-#include "PropertyManager.h"
 
 namespace {
 
-// A registry for one domain. This demo keeps its values in memory only.
-class InMemoryRegistry : public PropertyManager {
- public:
-  InMemoryRegistry() : PropertyManager("demo") {}
-  void RegisterPersistence(const propstring&, const propstring&) override {}
-  void RegisterNonPersistence(const propstring&) override {}
-  void UnRegisterPersistence(const propstring&) override {}
-};
-
+// Prints every change of a domain's properties.
 class PrintingListener : public PropertyChangeListener {
  public:
   void PropertyChanged(Property* property) override {
-    std::printf("  changed: %s = %s\n", property->GetKey().c_str(),
-                property->GetValue().c_str());
+    std::cout << "  [changed] " << property->GetSection()
+              << (property->GetSection().empty() ? "" : "/")
+              << property->GetKey() << " = " << property->GetValue() << "\n";
   }
 };
 
-void FillFactory(JavaPropertyFactory& factory) {
-  factory.AddCreator("PROPERTY_TYPE_INTEGER", JCreateIntegerProperty);
-  factory.AddCreator("PROPERTY_TYPE_DOUBLE", JCreateDoubleProperty);
-  factory.AddCreator("PROPERTY_TYPE_BOOLEAN", JCreateBooleanProperty);
-  factory.AddCreator("PROPERTY_TYPE_STRING", JCreateStringProperty);
-  factory.AddCreator("PROPERTY_TYPE_LIST", JCreateListProperty);
-  factory.AddCreator("PROPERTY_TYPE_IP_ADDR", JCreateIpAddrProperty);
+bool Exists(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0;
 }
 
-void TrySet(Property* property, const propstring& value) {
-  std::printf("set %s to \"%s\"\n", property->GetKey().c_str(), value.c_str());
+void ShowFile(const std::string& title, const std::string& path) {
+  std::ifstream in(path.c_str());
+  std::stringstream text;
+  text << in.rdbuf();
+  std::cout << "--- " << title << ": " << path << "\n"
+            << text.str() << "---\n";
+}
+
+void TrySet(JavaPropertyManager* manager, const std::string& key,
+            const std::string& value) {
+  std::cout << "set " << key << " = \"" << value << "\"\n";
   try {
-    property->SetValue(value);
+    manager->SetValue(key, value);
   } catch (Property::WrongValue& e) {
-    std::printf("  rejected: %s\n", e.m_message.c_str());
+    std::cout << "  [rejected] " << e.m_message << "\n";
   }
+}
+
+// The flat domain: all six types. An operator's file is seeded on the first
+// run with a key this program does not know, which every rewrite keeps.
+void RunServer(const std::string& dir, bool firstRun,
+               PrintingListener* listener) {
+  const std::string path = dir + "/server.properties";
+  if (firstRun) {
+    std::ofstream(path.c_str()) << "# edited by the operator\n"
+                                   "log.retention.days = 30\n"
+                                   "port = 8081\n";
+  }
+  JavaPropertyManager* server =
+      Properties::GetInstance()->GetJavaPropertyManager("server");
+  server->AddChangeListener(listener);
+  server->RegisterPersistence(path, "server settings");
+  ShowFile("server file before registration", path);
+
+  server->RegisterProperty("PROPERTY_TYPE_INTEGER", "port", "8080");
+  server->RegisterProperty("PROPERTY_TYPE_BOOLEAN", "tls", "false");
+  server->RegisterProperty("PROPERTY_TYPE_DOUBLE", "timeout", "2.5");
+  server->RegisterProperty("PROPERTY_TYPE_STRING", "banner", "hello");
+  server->RegisterProperty("PROPERTY_TYPE_IP_ADDR", "listen", "127.1");
+  server->RegisterProperty("PROPERTY_TYPE_LIST", "level",
+                           "debug|info|warning|error");
+  std::cout << "port=" << server->GetValue("port")
+            << " tls=" << server->GetValue("tls")
+            << " timeout=" << server->GetValue("timeout")
+            << " banner=" << server->GetValue("banner")
+            << " listen=" << server->GetValue("listen")
+            << " level=" << server->GetValue("level") << "\n";
+  if (!firstRun) return;
+
+  ShowFile("server file after registration", path);
+  TrySet(server, "port", "+80");
+  TrySet(server, "banner", "use # sparingly");
+  TrySet(server, "level", "3");
+  TrySet(server, "tls", "true");
+  TrySet(server, "timeout", "0.25");
+  ShowFile("server file after the changes", path);
+}
+
+// The sectioned domain: the same key in two sections.
+void RunUi(const std::string& dir, bool firstRun, PrintingListener* listener) {
+  const std::string path = dir + "/ui.ini";
+  IniPropertyManager* ui =
+      Properties::GetInstance()->GetIniPropertyManager("ui");
+  ui->AddChangeListener(listener);
+  ui->RegisterPersistence(path, "user interface");
+  ui->RegisterProperty("PROPERTY_TYPE_STRING", "window", "title", "Demo");
+  ui->RegisterProperty("PROPERTY_TYPE_INTEGER", "window", "width", "800");
+  ui->RegisterProperty("PROPERTY_TYPE_INTEGER", "panel", "width", "200");
+  std::cout << "window/title=" << ui->GetValue("window", "title")
+            << " window/width=" << ui->GetValue("window", "width")
+            << " panel/width=" << ui->GetValue("panel", "width") << "\n";
+  if (!firstRun) return;
+
+  ui->SetValue("window", "width", "1024");
+  ui->SetValue("panel", "width", "240");
+  ShowFile("ui file after the changes", path);
+}
+
+int SecondRun(const char* self, const std::string& dir) {
+  std::cout.flush();
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/proc/self/exe", self, dir.c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 
 }  // namespace
 
-int main() {
-  JavaPropertyFactory factory;
-  FillFactory(factory);
-  InMemoryRegistry registry;
+int main(int argc, char** argv) {
+  std::string dir;
+  if (argc > 1) {
+    dir = argv[1];
+    mkdir(dir.c_str(), 0777);
+  } else {
+    char pattern[] = "/tmp/libproperties-demo-XXXXXX";
+    if (mkdtemp(pattern) == nullptr) return 1;
+    dir = pattern;
+  }
+  const bool firstRun = !Exists(dir + "/server.properties");
+  std::cout << "=== " << (firstRun ? "first" : "later") << " run in " << dir
+            << "\n";
   PrintingListener listener;
-  registry.AddChangeListener(&listener);
-
-  Property* port =
-      factory.CreateProperty("PROPERTY_TYPE_INTEGER", "port", "8080");
-  Property* level = factory.CreateProperty("PROPERTY_TYPE_LIST", "level",
-                                           "debug|info|warning|error");
-  Property* host =
-      factory.CreateProperty("PROPERTY_TYPE_IP_ADDR", "host", "127.1");
-  registry.RegisterProperty(port);  // The registry owns them from here on.
-  registry.RegisterProperty(level);
-  registry.RegisterProperty(host);
-
-  std::printf("port=%s level=%s host=%s\n", port->GetValue().c_str(),
-              level->GetValue().c_str(), host->GetValue().c_str());
-  TrySet(port, "9090");
-  TrySet(port, "+80");
-  TrySet(level, "2");
-  TrySet(level, "verbose");
-  TrySet(host, "10.1");
-  return 0;
+  RunServer(dir, firstRun, &listener);
+  RunUi(dir, firstRun, &listener);
+  if (argc > 1 || !firstRun) return 0;
+  std::cout << "\n=== starting the program again on " << dir << "\n";
+  return SecondRun(argv[0], dir);
 }
