@@ -8,11 +8,6 @@ namespace {
 
 const char kFile[] = "Src/IniPropertyManager.cpp";
 
-char kNotFound[] = "Property '%s' was not found";
-// The same text as a failed load from a file, on purpose: log readers match
-// one message for both.
-char kFormatChanged[] = "Format of property '%s' seems to be changed: '%s'";
-
 }  // namespace
 
 IniPropertyManager::IniPropertyManager(const propstring& name,
@@ -29,9 +24,7 @@ void IniPropertyManager::RegisterPersistence(const propstring& filePath,
   if (m_persistences.count(filePath) != 0) return;
   IniPropertiesPersistence* persistence =
       new IniPropertiesPersistence(filePath, header);
-  RegisterClient(persistence);
-  AddRegistryListener(persistence);
-  AddChangeListener(persistence);
+  AttachPersistence(persistence, persistence, persistence);
   m_persistences[filePath] = persistence;
 }
 
@@ -41,8 +34,7 @@ void IniPropertyManager::RegisterNonPersistence(const propstring& filePath) {
   // adds a reader, and only the manager's destruction removes them.
   IniPropertiesPersistence* persistence =
       new IniPropertiesPersistence(filePath, propstring());
-  RegisterClient(persistence);
-  AddRegistryListener(persistence);
+  AttachPersistence(persistence, persistence, nullptr);
 }
 
 void IniPropertyManager::UnRegisterPersistence(const propstring& filePath) {
@@ -50,9 +42,8 @@ void IniPropertyManager::UnRegisterPersistence(const propstring& filePath) {
       m_persistences.find(filePath);
   if (it == m_persistences.end()) return;
   IniPropertiesPersistence* persistence = it->second;
-  UnregisterClient(persistence);
-  RemoveRegistryListener(persistence);
-  RemoveChangeListener(persistence);
+  // Removing the change listener is harmless for a read-only binding.
+  DetachPersistence(persistence, persistence, persistence);
   delete persistence;
   m_persistences.erase(it);
 }
@@ -90,18 +81,7 @@ Property* IniPropertyManager::UnregisterProperty(const propstring& section,
 void IniPropertyManager::SetValue(const propstring& section,
                                   const propstring& key,
                                   const propstring& value) {
-  Property* property = GetProperty(section, key);
-  if (property == nullptr) {
-    Log(1, kNotFound, key.c_str());
-    return;
-  }
-  PropertyThreadGuard guard(m_mutex);
-  try {
-    property->SetValue(value);
-  } catch (Property::WrongValue& e) {
-    Log(1, kFormatChanged, property->GetKey().c_str(), e.m_message.c_str());
-    throw Property::WrongValue(e);
-  }
+  SetFoundPropertyValue(GetProperty(section, key), key, value);
 }
 
 propstring IniPropertyManager::GetValue(const propstring& section,

@@ -8,11 +8,6 @@ namespace {
 
 const char kFile[] = "Src/JavaPropertyManager.cpp";
 
-char kNotFound[] = "Property '%s' was not found";
-// The same text as a failed load from a file, on purpose: log readers match
-// one message for both.
-char kFormatChanged[] = "Format of property '%s' seems to be changed: '%s'";
-
 }  // namespace
 
 JavaPropertyManager::JavaPropertyManager(const propstring& name,
@@ -29,9 +24,7 @@ void JavaPropertyManager::RegisterPersistence(const propstring& filePath,
   if (m_persistences.count(filePath) != 0) return;
   JavaPropertiesPersistence* persistence =
       new JavaPropertiesPersistence(filePath, header);
-  RegisterClient(persistence);
-  AddRegistryListener(persistence);
-  AddChangeListener(persistence);
+  AttachPersistence(persistence, persistence, persistence);
   m_persistences[filePath] = persistence;
 }
 
@@ -40,8 +33,7 @@ void JavaPropertyManager::RegisterNonPersistence(const propstring& filePath) {
   // Never a change listener, so it never writes.
   JavaPropertiesPersistence* persistence =
       new JavaPropertiesPersistence(filePath, propstring());
-  RegisterClient(persistence);
-  AddRegistryListener(persistence);
+  AttachPersistence(persistence, persistence, nullptr);
   m_persistences[filePath] = persistence;
 }
 
@@ -50,9 +42,8 @@ void JavaPropertyManager::UnRegisterPersistence(const propstring& filePath) {
       m_persistences.find(filePath);
   if (it == m_persistences.end()) return;
   JavaPropertiesPersistence* persistence = it->second;
-  UnregisterClient(persistence);
-  RemoveRegistryListener(persistence);
-  RemoveChangeListener(persistence);
+  // Removing the change listener is harmless for a read-only binding.
+  DetachPersistence(persistence, persistence, persistence);
   delete persistence;
   m_persistences.erase(it);
 }
@@ -87,18 +78,7 @@ Property* JavaPropertyManager::UnregisterProperty(const propstring& key) {
 
 void JavaPropertyManager::SetValue(const propstring& key,
                                    const propstring& value) {
-  Property* property = GetProperty(key);
-  if (property == nullptr) {
-    Log(1, kNotFound, key.c_str());
-    return;
-  }
-  PropertyThreadGuard guard(m_mutex);
-  try {
-    property->SetValue(value);
-  } catch (Property::WrongValue& e) {
-    Log(1, kFormatChanged, property->GetKey().c_str(), e.m_message.c_str());
-    throw Property::WrongValue(e);
-  }
+  SetFoundPropertyValue(GetProperty(key), key, value);
 }
 
 propstring JavaPropertyManager::GetValue(const propstring& key) const {

@@ -13,6 +13,11 @@ namespace {
 // line and function text of every assertion stay fixed.
 const char kFile[] = "Src/PropertyManager.cpp";
 
+char kNotFound[] = "Property '%s' was not found";
+// The same text as a failed load from a file, on purpose: log readers match
+// one message for both.
+char kFormatChanged[] = "Format of property '%s' seems to be changed: '%s'";
+
 // Guards the shape of every manager's property list against look-ups that
 // run without the manager's mutex. Held only around list reads and single
 // insertions or erasures, never during a callback, so it cannot deadlock.
@@ -199,4 +204,36 @@ Property* PropertyManager::FindProperty(const propstring* section,
     if (property->GetKey() == key) return property;
   }
   return nullptr;
+}
+
+void PropertyManager::SetFoundPropertyValue(Property* property,
+                                            const propstring& key,
+                                            const propstring& value) {
+  if (property == nullptr) {
+    Log(1, kNotFound, key.c_str());
+    return;
+  }
+  PropertyThreadGuard guard(m_mutex);
+  try {
+    property->SetValue(value);
+  } catch (Property::WrongValue& e) {
+    Log(1, kFormatChanged, property->GetKey().c_str(), e.m_message.c_str());
+    throw Property::WrongValue(e);
+  }
+}
+
+void PropertyManager::AttachPersistence(
+    PropertyClient* client, PropertyRegistryListener* registryListener,
+    PropertyChangeListener* changeListener) {
+  RegisterClient(client);
+  AddRegistryListener(registryListener);
+  if (changeListener != nullptr) AddChangeListener(changeListener);
+}
+
+void PropertyManager::DetachPersistence(
+    PropertyClient* client, PropertyRegistryListener* registryListener,
+    PropertyChangeListener* changeListener) {
+  UnregisterClient(client);
+  RemoveRegistryListener(registryListener);
+  RemoveChangeListener(changeListener);
 }

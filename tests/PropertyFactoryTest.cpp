@@ -219,6 +219,9 @@ struct CreatorCase {
   const char* humanName;
 };
 
+// Keeps test output readable: the row's label instead of its bytes.
+void PrintTo(const CreatorCase& row, std::ostream* out) { *out << row.label; }
+
 template <typename T>
 bool IsOf(Property* property) {
   return dynamic_cast<T*>(property) != nullptr;
