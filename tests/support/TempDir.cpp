@@ -3,6 +3,7 @@
 #include "support/TempDir.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -13,11 +14,13 @@
 
 namespace test_support {
 
-TempDir::TempDir() {
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern =
-      std::string(base != nullptr && *base != '\0' ? base : "/tmp") +
-      "/libproperties-test-XXXXXX";
+TempDir::TempDir() : TempDir(std::string()) {}
+
+TempDir::TempDir(const std::string& base) {
+  const char* tmp = std::getenv("TMPDIR");
+  std::string parent = base;
+  if (parent.empty()) parent = tmp != nullptr && *tmp != '\0' ? tmp : "/tmp";
+  std::string pattern = parent + "/libproperties-test-XXXXXX";
   std::vector<char> buffer(pattern.begin(), pattern.end());
   buffer.push_back('\0');
   if (mkdtemp(buffer.data()) == nullptr) {
@@ -33,6 +36,10 @@ TempDir::~TempDir() {
 
 std::string TempDir::File(const std::string& name) const {
   return m_path + "/" + name;
+}
+
+std::string MemoryBackedBase() {
+  return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "";
 }
 
 void WriteFile(const std::string& path, const std::string& text) {

@@ -10,7 +10,9 @@ namespace test_support {
 
 class TempDir {
  public:
-  TempDir();   // Creates a new directory under $TMPDIR or /tmp.
+  TempDir();  // Creates a new directory under $TMPDIR or /tmp.
+  // Creates a new directory under base; under $TMPDIR or /tmp if base is "".
+  explicit TempDir(const std::string& base);
   ~TempDir();  // Removes it recursively.
 
   TempDir(const TempDir&) = delete;
@@ -23,6 +25,11 @@ class TempDir {
  private:
   std::string m_path;
 };
+
+// "/dev/shm" where the system has a writable one, else "". A test that
+// rewrites one file hundreds of times runs there: on a disk file system every
+// truncating rewrite can start a write-back and cost milliseconds.
+std::string MemoryBackedBase();
 
 // Replaces the file's whole content with text (bytes as they stand).
 void WriteFile(const std::string& path, const std::string& text);
