@@ -9,11 +9,17 @@
 #include <string>
 
 #include "IntegerProperty.h"
+#include "support/MutexProbe.h"
+#include "support/PropertyTesting.h"
 #include "support/Recorders.h"
 
 namespace {
 
-const char kAccepted[] = "(accepted)";
+using test_support::IsFreeForOtherThreads;
+using test_support::kAccepted;
+using test_support::RejectionOf;
+using test_support::WrongValueMessage;
+
 const char kKeyMessage[] = "Property key can not contain characters: '= #'";
 
 // The smallest concrete property: every text but "bad" is a value.
@@ -39,30 +45,8 @@ class PlainProperty : public BaseProperty {
 };
 
 // An integer property that shows its mutex.
-class MutexShowingIntegerProperty : public IntegerProperty {
- public:
-  using IntegerProperty::IntegerProperty;
-  pthread_mutex_t* Mutex() const { return m_mutex; }
-};
-
-void* TryLockOnce(void* argument) {
-  pthread_mutex_t* mutex = static_cast<pthread_mutex_t*>(argument);
-  const bool taken = pthread_mutex_trylock(mutex) == 0;
-  if (taken) pthread_mutex_unlock(mutex);
-  return taken ? mutex : nullptr;
-}
-
-// True if another thread can lock mutex right now.
-bool IsFreeForOtherThreads(pthread_mutex_t* mutex) {
-  pthread_t thread;
-  if (pthread_create(&thread, nullptr, TryLockOnce, mutex) != 0) {
-    ADD_FAILURE() << "cannot start the probing thread";
-    return false;
-  }
-  void* result = nullptr;
-  pthread_join(thread, &result);
-  return result != nullptr;
-}
+typedef test_support::WithVisibleMutex<IntegerProperty>
+    MutexShowingIntegerProperty;
 
 // Notes, at each notification, whether the property's mutex was free for
 // other threads.
@@ -94,22 +78,8 @@ class ResettingListener : public PropertyChangeListener {
 // The message of the WrongValue that constructing a property with key
 // throws, or kAccepted.
 std::string KeyRejection(const std::string& key) {
-  try {
-    PlainProperty property(key, "T", "N", "S");
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
-}
-
-// The message of the WrongValue that SetValue(text) throws, or kAccepted.
-std::string RejectionOf(Property* property, const std::string& text) {
-  try {
-    property->SetValue(text);
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
+  return WrongValueMessage(
+      [&key] { PlainProperty property(key, "T", "N", "S"); });
 }
 
 // The message with which an integer property with key rejects a value.

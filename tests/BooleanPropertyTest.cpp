@@ -7,55 +7,29 @@
 
 #include <string>
 
-#include "support/Recorders.h"
+#include "support/PropertyTesting.h"
 
 namespace {
 
-const char kAccepted[] = "(accepted)";
+using test_support::WrongValueMessage;
+
 const char kMessage[] = "Property 'k' can only contain 'true or false'";
 const char kKeyMessage[] = "Property key can not contain characters: '= #'";
 
 // The message of the WrongValue that constructing a property throws, or
-// kAccepted.
+// test_support::kAccepted.
 std::string ConstructionRejection(const std::string& key,
                                   const std::string& value) {
-  try {
-    BooleanProperty property(key, value, "");
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
+  return WrongValueMessage(
+      [&key, &value] { BooleanProperty property(key, value, ""); });
 }
 
-// The message of the WrongValue that SetValue(text) throws, or kAccepted.
-std::string RejectionOf(Property* property, const std::string& text) {
-  try {
-    property->SetValue(text);
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
-}
-
-class BooleanPropertyTest : public testing::Test {
+// A property "k" holding false, registered on a manager with a counting
+// change listener.
+class BooleanPropertyTest
+    : public test_support::RegisteredPropertyFixture<BooleanProperty> {
  protected:
-  BooleanPropertyTest() : m_property(new BooleanProperty("k", "false", "")) {
-    m_manager.RegisterProperty(m_property);
-    m_manager.AddChangeListener(&m_listener);
-  }
-
-  // Checks that text is rejected with the boolean message, and that the
-  // value stays and nobody is told.
-  void ExpectRejected(const std::string& text) {
-    const std::string before = m_property->GetValue();
-    EXPECT_EQ(RejectionOf(m_property, text), kMessage) << "text: " << text;
-    EXPECT_EQ(m_property->GetValue(), before);
-    EXPECT_EQ(m_listener.count, 0);
-  }
-
-  test_support::CountingChangeListener m_listener;
-  test_support::TestManager m_manager;
-  BooleanProperty* m_property;  // Owned by m_manager.
+  BooleanPropertyTest() : RegisteredPropertyFixture("false", kMessage) {}
 };
 
 TEST_F(BooleanPropertyTest, HasBooleanTypeName) {

@@ -10,42 +10,29 @@
 #include <string>
 
 #include "GermanLocale.h"
-#include "support/Recorders.h"
+#include "support/PropertyTesting.h"
 
 namespace {
 
-const char kAccepted[] = "(accepted)";
+using test_support::WrongValueMessage;
+
 const char kMessage[] = "Property 'k' can only contain 'a double value'";
 const char kKeyMessage[] = "Property key can not contain characters: '= #'";
 
 // The message of the WrongValue that constructing a property throws, or
-// kAccepted.
+// test_support::kAccepted.
 std::string ConstructionRejection(const std::string& key,
                                   const std::string& value) {
-  try {
-    DoubleProperty property(key, value, "");
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
+  return WrongValueMessage(
+      [&key, &value] { DoubleProperty property(key, value, ""); });
 }
 
-// The message of the WrongValue that SetValue(text) throws, or kAccepted.
-std::string RejectionOf(Property* property, const std::string& text) {
-  try {
-    property->SetValue(text);
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
-}
-
-class DoublePropertyTest : public testing::Test {
+// A property "k" holding 1.5, registered on a manager with a counting
+// change listener.
+class DoublePropertyTest
+    : public test_support::RegisteredPropertyFixture<DoubleProperty> {
  protected:
-  DoublePropertyTest() : m_property(new DoubleProperty("k", "1.5", "")) {
-    m_manager.RegisterProperty(m_property);
-    m_manager.AddChangeListener(&m_listener);
-  }
+  DoublePropertyTest() : RegisteredPropertyFixture("1.5", kMessage) {}
 
   void TearDown() override { m_german.Restore(); }
 
@@ -55,11 +42,7 @@ class DoublePropertyTest : public testing::Test {
     ASSERT_EQ(error, "") << "a German locale is needed for this test";
   }
 
-  // The text form after SetValue(text).
-  std::string ReadBack(const std::string& text) {
-    m_property->SetValue(text);
-    return m_property->GetValue();
-  }
+  using RegisteredPropertyFixture::ReadBack;
 
   // The text form after SetDoubleValue(value).
   std::string ReadBack(double value) {
@@ -67,18 +50,7 @@ class DoublePropertyTest : public testing::Test {
     return m_property->GetValue();
   }
 
-  // Checks that text is rejected with the double message, and that the
-  // value stays and nobody is told.
-  void ExpectRejected(const std::string& text) {
-    EXPECT_EQ(RejectionOf(m_property, text), kMessage) << "text: " << text;
-    EXPECT_EQ(m_property->GetValue(), "1.5");
-    EXPECT_EQ(m_listener.count, 0);
-  }
-
   test_support::GermanLocale m_german;
-  test_support::CountingChangeListener m_listener;
-  test_support::TestManager m_manager;
-  DoubleProperty* m_property;  // Owned by m_manager.
 };
 
 TEST_F(DoublePropertyTest, HasDoubleTypeName) {

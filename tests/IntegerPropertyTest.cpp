@@ -8,60 +8,29 @@
 #include <climits>
 #include <string>
 
-#include "support/Recorders.h"
+#include "support/PropertyTesting.h"
 
 namespace {
 
-const char kAccepted[] = "(accepted)";
+using test_support::WrongValueMessage;
+
 const char kMessage[] = "Property 'k' can only contain 'an integer value'";
 const char kKeyMessage[] = "Property key can not contain characters: '= #'";
 
 // The message of the WrongValue that constructing a property throws, or
-// kAccepted.
+// test_support::kAccepted.
 std::string ConstructionRejection(const std::string& key,
                                   const std::string& value) {
-  try {
-    IntegerProperty property(key, value, "");
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
+  return WrongValueMessage(
+      [&key, &value] { IntegerProperty property(key, value, ""); });
 }
 
-// The message of the WrongValue that SetValue(text) throws, or kAccepted.
-std::string RejectionOf(Property* property, const std::string& text) {
-  try {
-    property->SetValue(text);
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return kAccepted;
-}
-
-class IntegerPropertyTest : public testing::Test {
+// A property "k" holding 5, registered on a manager with a counting
+// change listener.
+class IntegerPropertyTest
+    : public test_support::RegisteredPropertyFixture<IntegerProperty> {
  protected:
-  IntegerPropertyTest() : m_property(new IntegerProperty("k", "5", "")) {
-    m_manager.RegisterProperty(m_property);
-    m_manager.AddChangeListener(&m_listener);
-  }
-
-  // The text form after SetValue(text).
-  std::string ReadBack(const std::string& text) {
-    m_property->SetValue(text);
-    return m_property->GetValue();
-  }
-
-  // Checks that text is rejected with the integer message, and that the
-  // value stays and nobody is told.
-  void ExpectRejected(const std::string& text) {
-    EXPECT_EQ(RejectionOf(m_property, text), kMessage) << "text: " << text;
-    EXPECT_EQ(m_property->GetValue(), "5");
-    EXPECT_EQ(m_listener.count, 0);
-  }
-
-  test_support::CountingChangeListener m_listener;
-  test_support::TestManager m_manager;
-  IntegerProperty* m_property;  // Owned by m_manager.
+  IntegerPropertyTest() : RegisteredPropertyFixture("5", kMessage) {}
 };
 
 TEST_F(IntegerPropertyTest, HasIntegerTypeName) {

@@ -4,89 +4,38 @@
 #include "IpAddrProperty.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <memory>
 #include <string>
-#include <thread>
 
-#include "PropertyChangeListener.h"
-#include "support/Recorders.h"
+#include "support/MutexProbe.h"
+#include "support/PropertyTesting.h"
 
 namespace {
 
+using test_support::IsFreeForOtherThreads;
+using test_support::LockProbe;
+
 const char kRejected[] = "Property 'k' can only contain 'an ip address'";
 
-// True if a thread other than the caller could lock mutex right now.
-bool IsFreeForOtherThreads(pthread_mutex_t* mutex) {
-  bool free = false;
-  std::thread other([mutex, &free] {
-    if (pthread_mutex_trylock(mutex) == 0) {
-      free = true;
-      pthread_mutex_unlock(mutex);
-    }
-  });
-  other.join();
-  return free;
-}
-
 // Gives the tests the property's own mutex.
-class ExposedIpAddrProperty : public IpAddrProperty {
- public:
-  using IpAddrProperty::IpAddrProperty;
-  pthread_mutex_t* Mutex() const { return m_mutex; }
-};
+typedef test_support::WithVisibleMutex<IpAddrProperty> ExposedIpAddrProperty;
 
-// Records whether the property's mutex was held while it was being told.
-class LockProbe : public PropertyChangeListener {
- public:
-  explicit LockProbe(pthread_mutex_t* mutex) : m_mutex(mutex) {}
-  void PropertyChanged(Property*) override {
-    ++calls;
-    heldDuringCall = !IsFreeForOtherThreads(m_mutex);
-  }
-
-  int calls = 0;
-  bool heldDuringCall = false;
-
- private:
-  pthread_mutex_t* m_mutex;
-};
-
-// The message of the exception that action throws, or "<accepted>".
-template <typename Action>
-std::string ErrorOf(Action action) {
-  try {
-    action();
-  } catch (Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return "<accepted>";
-}
+// The message of the WrongValue that action throws, or
+// test_support::kAccepted.
+constexpr auto& ErrorOf = test_support::WrongValueMessage;
 
 // A property "k" holding 127.0.0.1, bound to a manager (which does not own it)
 // with one counting change listener.
-class IpAddrPropertyTest : public testing::Test {
+class IpAddrPropertyTest
+    : public test_support::LinkedPropertyFixture<ExposedIpAddrProperty> {
  protected:
-  IpAddrPropertyTest()
-      : m_property(new ExposedIpAddrProperty("k", "127.0.0.1", "")) {
-    m_property->RegisterPropertyManager(&m_manager);
-    m_manager.AddChangeListener(&m_listener);
-  }
-
-  std::string SetValueError(const propstring& value) {
-    return ErrorOf([this, &value] { m_property->SetValue(value); });
-  }
+  IpAddrPropertyTest() { Make("127.0.0.1"); }
 
   // Sets value and returns what the property reads back.
   propstring SetAndGet(const propstring& value) {
     m_property->SetValue(value);
     return m_property->GetValue();
   }
-
-  test_support::TestManager m_manager;
-  test_support::CountingChangeListener m_listener;
-  std::unique_ptr<ExposedIpAddrProperty> m_property;
 };
 
 TEST_F(IpAddrPropertyTest, ReportsTypeNameAndHumanName) {

@@ -8,85 +8,30 @@
 #include <unistd.h>
 
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "support/AssertionMessage.h"
 #include "support/LogRecorder.h"
+#include "support/StoreTesting.h"
 #include "support/TempDir.h"
 
 namespace {
 
 using Messages = std::vector<std::string>;
-using test_support::LogEntry;
+using test_support::FailingSource;
+using test_support::FlushRecorder;
+using test_support::LineOfLength;
 using test_support::LogRecorder;
 using test_support::ReadFile;
+using test_support::RefusingSink;
 using test_support::TempDir;
 using test_support::WriteFile;
 
-// The regular expression that matches text literally.
-std::string EscapeRegex(const std::string& text) {
-  std::string escaped;
-  for (char c : text) {
-    if (std::string("\\^$.|?*+()[]{}").find(c) != std::string::npos) {
-      escaped += '\\';
-    }
-    escaped += c;
-  }
-  return escaped;
-}
-
 // The assertion message of Src/JavaProperties.cpp for line and function.
 std::string AssertionRegex(int line, const std::string& function) {
-  return EscapeRegex("Src/JavaProperties.cpp:" + std::to_string(line) + ": " +
-                     function + ": Assertion `!fileName.empty()' failed.");
-}
-
-// Serves before, then fails the next read by throwing (which turns the
-// reading stream bad), and serves after from then on.
-class FailingSource : public std::streambuf {
- public:
-  explicit FailingSource(const std::string& before,
-                         const std::string& after = "")
-      : m_before(before), m_after(after) {
-    setg(m_before.data(), m_before.data(), m_before.data() + m_before.size());
-  }
-
- protected:
-  int_type underflow() override {
-    if (m_failed) return traits_type::eof();
-    m_failed = true;
-    setg(m_after.data(), m_after.data(), m_after.data() + m_after.size());
-    throw std::runtime_error("read error");
-  }
-
- private:
-  std::string m_before;
-  std::string m_after;
-  bool m_failed = false;
-};
-
-// Keeps the text written so far at every flush.
-class FlushRecorder : public std::stringbuf {
- public:
-  std::vector<std::string> flushed;
-
- protected:
-  int sync() override {
-    flushed.push_back(str());
-    return 0;
-  }
-};
-
-// Takes no byte: every write to a stream on it fails.
-class RefusingSink : public std::streambuf {
- protected:
-  int_type overflow(int_type) override { return traits_type::eof(); }
-};
-
-// A line of length characters: "k=" and then x's.
-std::string LineOfLength(size_t length) {
-  return "k=" + std::string(length - 2, 'x');
+  return test_support::AssertionRegex("Src/JavaProperties.cpp", line, function,
+                                      "!fileName.empty()");
 }
 
 class JavaPropertiesTest : public testing::Test {
@@ -104,12 +49,7 @@ class JavaPropertiesTest : public testing::Test {
   }
 
   // Everything logged so far; every entry is expected at level 1.
-  Messages Logged() const {
-    for (const LogEntry& entry : m_log.Entries()) {
-      EXPECT_EQ(1, entry.level) << entry.message;
-    }
-    return m_log.Messages();
-  }
+  Messages Logged() const { return test_support::MessagesAllAtLevel(m_log, 1); }
 
   // Sets key to value and forgets the log line that this makes.
   void Preset(const std::string& key, const std::string& value) {

@@ -4,9 +4,7 @@
 #include "JavaPropertyManager.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -14,7 +12,10 @@
 
 #include "IntegerProperty.h"
 #include "Properties.h"
+#include "support/AssertionMessage.h"
 #include "support/LogRecorder.h"
+#include "support/MutexProbe.h"
+#include "support/PropertyTesting.h"
 #include "support/Recorders.h"
 #include "support/TempDir.h"
 
@@ -23,11 +24,14 @@ namespace {
 using test_support::CountingChangeListener;
 using test_support::EventList;
 using test_support::FileExists;
+using test_support::IsFreeForOtherThreads;
+using test_support::LockProbe;
 using test_support::LogRecorder;
 using test_support::ReadFile;
 using test_support::RecordingListener;
 using test_support::TempDir;
 using test_support::WriteFile;
+using test_support::WrongValueMessage;
 
 typedef std::vector<std::string> Messages;
 
@@ -37,50 +41,9 @@ const char kHeader[] = "app settings";
 const char kPortRejected[] =
     "Property 'port' can only contain 'an integer value'";
 
-// True if a thread other than the caller can lock mutex right now.
-bool IsFreeForOtherThreads(pthread_mutex_t* mutex) {
-  bool free = false;
-  std::thread probe([mutex, &free] {
-    if (pthread_mutex_trylock(mutex) == 0) {
-      free = true;
-      pthread_mutex_unlock(mutex);
-    }
-  });
-  probe.join();
-  return free;
-}
-
-// The message of the Property::WrongValue that call throws.
-std::string WrongValueMessage(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return "<nothing thrown>";
-}
-
 // A manager that lets tests reach its mutex.
-class ExposedJavaPropertyManager : public JavaPropertyManager {
- public:
-  using JavaPropertyManager::JavaPropertyManager;
-  pthread_mutex_t* Mutex() const { return m_mutex; }
-};
-
-// Records, for every change notification, whether the mutex was held by the
-// notifying thread at that moment.
-class LockProbe : public PropertyChangeListener {
- public:
-  explicit LockProbe(pthread_mutex_t* mutex) : m_mutex(mutex) {}
-  void PropertyChanged(Property*) override {
-    heldDuringCalls.push_back(!IsFreeForOtherThreads(m_mutex));
-  }
-
-  std::vector<bool> heldDuringCalls;
-
- private:
-  pthread_mutex_t* m_mutex;
-};
+typedef test_support::WithVisibleMutex<JavaPropertyManager>
+    ExposedJavaPropertyManager;
 
 // An integer property that records its deletion as "<key>:deleted".
 class TracedProperty : public IntegerProperty {
@@ -96,12 +59,7 @@ class TracedProperty : public IntegerProperty {
 class JavaPropertyManagerTest : public testing::Test {
  protected:
   JavaPropertyManagerTest() : m_path(m_dir.File("app.properties")) {
-    m_factory.AddCreator("PROPERTY_TYPE_INTEGER", JCreateIntegerProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_DOUBLE", JCreateDoubleProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_BOOLEAN", JCreateBooleanProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_STRING", JCreateStringProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_LIST", JCreateListProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_IP_ADDR", JCreateIpAddrProperty);
+    test_support::AddAllCreators(&m_factory);
   }
 
   Property* RegisterPort(const std::string& initial = "80") {
@@ -115,12 +73,7 @@ class JavaPropertyManagerTest : public testing::Test {
   }
 
   // The messages logged so far; each must be at level 1.
-  Messages Logged() const {
-    for (const test_support::LogEntry& entry : m_log.Entries()) {
-      EXPECT_EQ(entry.level, 1) << entry.message;
-    }
-    return m_log.Messages();
-  }
+  Messages Logged() const { return test_support::MessagesAllAtLevel(m_log, 1); }
 
   TempDir m_dir;
   std::string m_path;
@@ -603,10 +556,11 @@ TEST_F(JavaPropertyManagerTest, MutexIsReleasedAfterUnknownType) {
 TEST(JavaPropertyManagerDeathTest, RegisteringNewKeyWithoutFactoryAborts) {
   JavaPropertyManager manager("app", nullptr);
   EXPECT_DEATH(manager.RegisterProperty(kInteger, "port", "80"),
-               "Src/JavaPropertyManager\\.cpp:40: Property\\* "
-               "JavaPropertyManager::RegisterProperty\\(const propstring&, "
-               "const propstring&, const propstring&\\): Assertion "
-               "`m_propertyFactory' failed\\.");
+               test_support::AssertionRegex(
+                   "Src/JavaPropertyManager.cpp", 40,
+                   "Property* JavaPropertyManager::RegisterProperty(const "
+                   "propstring&, const propstring&, const propstring&)",
+                   "m_propertyFactory"));
 }
 
 TEST(JavaPropertyManagerDeathTest, RegisteredKeyIsFoundWithoutFactory) {

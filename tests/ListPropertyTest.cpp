@@ -4,87 +4,36 @@
 #include "ListProperty.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <memory>
 #include <string>
-#include <thread>
 
-#include "PropertyChangeListener.h"
-#include "support/Recorders.h"
+#include "support/MutexProbe.h"
+#include "support/PropertyTesting.h"
 
 namespace {
+
+using test_support::LockProbe;
 
 const char kRejected[] =
     "Property 'k' can only contain 'a value of the list or a number of the "
     "selected element'";
 
-// True if a thread other than the caller could lock mutex right now.
-bool IsFreeForOtherThreads(pthread_mutex_t* mutex) {
-  bool free = false;
-  std::thread other([mutex, &free] {
-    if (pthread_mutex_trylock(mutex) == 0) {
-      free = true;
-      pthread_mutex_unlock(mutex);
-    }
-  });
-  other.join();
-  return free;
-}
-
 // Gives the tests the elements, the selected position and the mutex.
-class ExposedListProperty : public ListProperty {
+class ExposedListProperty
+    : public test_support::WithVisibleMutex<ListProperty> {
  public:
-  using ListProperty::ListProperty;
+  using WithVisibleMutex::WithVisibleMutex;
   size_t Count() const { return m_list.size(); }
   unsigned int Selected() const { return m_selected; }
-  pthread_mutex_t* Mutex() const { return m_mutex; }
-};
-
-// Records whether the property's mutex was held while it was being told.
-class LockProbe : public PropertyChangeListener {
- public:
-  explicit LockProbe(pthread_mutex_t* mutex) : m_mutex(mutex) {}
-  void PropertyChanged(Property*) override {
-    ++calls;
-    heldDuringCall = !IsFreeForOtherThreads(m_mutex);
-  }
-
-  int calls = 0;
-  bool heldDuringCall = false;
-
- private:
-  pthread_mutex_t* m_mutex;
 };
 
 // A property "k" over red|green|blue, bound to a manager (which does not own
 // it) with one counting change listener. Make() replaces it by a property
 // over another list text.
-class ListPropertyTest : public testing::Test {
+class ListPropertyTest
+    : public test_support::LinkedPropertyFixture<ExposedListProperty> {
  protected:
-  ListPropertyTest() {
-    Make("red|green|blue");
-    m_manager.AddChangeListener(&m_listener);
-  }
-
-  void Make(const propstring& list) {
-    m_property.reset(new ExposedListProperty("k", list, ""));
-    m_property->RegisterPropertyManager(&m_manager);
-  }
-
-  // The message of the exception SetValue throws, or "<accepted>".
-  std::string SetValueError(const propstring& value) {
-    try {
-      m_property->SetValue(value);
-    } catch (Property::WrongValue& e) {
-      return e.m_message;
-    }
-    return "<accepted>";
-  }
-
-  test_support::TestManager m_manager;
-  test_support::CountingChangeListener m_listener;
-  std::unique_ptr<ExposedListProperty> m_property;
+  ListPropertyTest() { Make("red|green|blue"); }
 };
 
 // Construction and splitting.

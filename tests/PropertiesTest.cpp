@@ -19,9 +19,12 @@
 #include "ListProperty.h"
 #include "StringProperty.h"
 #include "support/LogRecorder.h"
+#include "support/MutexProbe.h"
 #include "support/TempDir.h"
 
 namespace {
+
+using test_support::IsFreeForOtherThreads;
 
 using test_support::LogRecorder;
 using test_support::ReadFile;
@@ -92,25 +95,6 @@ class ReportingProperty : public StringProperty {
  private:
   std::string m_line;
 };
-
-void* TryLockOnce(void* argument) {
-  pthread_mutex_t* mutex = static_cast<pthread_mutex_t*>(argument);
-  const bool taken = pthread_mutex_trylock(mutex) == 0;
-  if (taken) pthread_mutex_unlock(mutex);
-  return taken ? mutex : nullptr;
-}
-
-// True if another thread can lock mutex right now.
-bool IsFreeForOtherThreads(pthread_mutex_t* mutex) {
-  pthread_t thread;
-  if (pthread_create(&thread, nullptr, TryLockOnce, mutex) != 0) {
-    ADD_FAILURE() << "cannot start the probing thread";
-    return false;
-  }
-  void* result = nullptr;
-  pthread_join(thread, &result);
-  return result != nullptr;
-}
 
 TEST(PropertiesTest, GetInstanceReturnsTheSameObjectEveryTime) {
   Properties* first = Properties::GetInstance();

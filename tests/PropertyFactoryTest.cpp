@@ -18,6 +18,7 @@
 #include "ListProperty.h"
 #include "Properties.h"
 #include "StringProperty.h"
+#include "support/PropertyTesting.h"
 
 namespace {
 
@@ -29,35 +30,16 @@ const std::vector<propstring> kSortedTypeNames = {
     "PROPERTY_TYPE_BOOLEAN", "PROPERTY_TYPE_DOUBLE", "PROPERTY_TYPE_INTEGER",
     "PROPERTY_TYPE_IP_ADDR", "PROPERTY_TYPE_LIST",   "PROPERTY_TYPE_STRING"};
 
-// The message of the exception that action throws, or "<no exception>".
-template <typename Action>
-std::string ErrorOf(Action action) {
-  try {
-    action();
-  } catch (Property::WrongValue& e) {
-    return e.m_message;
-  }
-  return "<no exception>";
-}
+// The message of the WrongValue that action throws, or
+// test_support::kAccepted.
+constexpr auto& ErrorOf = test_support::WrongValueMessage;
 
 // A flat factory filled with the six type names, in the order in which the
 // library entry fills its own.
 class JavaPropertyFactoryTest : public testing::Test {
  protected:
-  JavaPropertyFactoryTest() {
-    m_added.push_back(
-        m_factory.AddCreator("PROPERTY_TYPE_INTEGER", JCreateIntegerProperty));
-    m_added.push_back(
-        m_factory.AddCreator("PROPERTY_TYPE_DOUBLE", JCreateDoubleProperty));
-    m_added.push_back(
-        m_factory.AddCreator("PROPERTY_TYPE_BOOLEAN", JCreateBooleanProperty));
-    m_added.push_back(
-        m_factory.AddCreator("PROPERTY_TYPE_STRING", JCreateStringProperty));
-    m_added.push_back(
-        m_factory.AddCreator("PROPERTY_TYPE_LIST", JCreateListProperty));
-    m_added.push_back(
-        m_factory.AddCreator("PROPERTY_TYPE_IP_ADDR", JCreateIpAddrProperty));
-  }
+  JavaPropertyFactoryTest()
+      : m_added(test_support::AddAllCreators(&m_factory)) {}
 
   std::unique_ptr<Property> Create(const propstring& type,
                                    const propstring& key = "k",
@@ -67,7 +49,7 @@ class JavaPropertyFactoryTest : public testing::Test {
   }
 
   JavaPropertyFactory m_factory;
-  std::vector<bool> m_added;  // What each AddCreator above returned.
+  std::vector<bool> m_added;  // What each of its AddCreator calls returned.
 };
 
 TEST_F(JavaPropertyFactoryTest, NewFactoryKnowsNoTypeNames) {
@@ -142,14 +124,7 @@ TEST_F(JavaPropertyFactoryTest, RejectedInitialValueThrowsWrongValue) {
 // A sectioned factory filled like the flat one, with the I-creators.
 class IniPropertyFactoryTest : public testing::Test {
  protected:
-  IniPropertyFactoryTest() {
-    m_factory.AddCreator("PROPERTY_TYPE_INTEGER", ICreateIntegerProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_DOUBLE", ICreateDoubleProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_BOOLEAN", ICreateBooleanProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_STRING", ICreateStringProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_LIST", ICreateListProperty);
-    m_factory.AddCreator("PROPERTY_TYPE_IP_ADDR", ICreateIpAddrProperty);
-  }
+  IniPropertyFactoryTest() { test_support::AddAllCreators(&m_factory); }
 
   std::unique_ptr<Property> Create(const propstring& type,
                                    const propstring& section,

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "StringProperty.h"
+#include "support/AssertionMessage.h"
 #include "support/Recorders.h"
 
 namespace {
@@ -265,7 +266,8 @@ TEST_F(PropertyManagerTest, UnregisteringAbsentClientIsHarmless) {
 
 // Registry listeners.
 
-TEST_F(PropertyManagerTest, LateRegistryListenerHearsNothingOfEarlierProperties) {
+TEST_F(PropertyManagerTest,
+       LateRegistryListenerHearsNothingOfEarlierProperties) {
   Register("one");
   m_manager.AddRegistryListener(&m_a);
   EXPECT_TRUE(m_events.empty());
@@ -572,19 +574,6 @@ TEST_F(PropertyManagerTest, GetNameReturnsTheConstructorsName) {
 
 // Null pointers.
 
-// Escapes the characters of text that a death-test regex would read as
-// operators.
-std::string EscapeRegex(const std::string& text) {
-  std::string escaped;
-  for (char c : text) {
-    if (std::string("\\^$.|?*+()[]{}").find(c) != std::string::npos) {
-      escaped += '\\';
-    }
-    escaped += c;
-  }
-  return escaped;
-}
-
 // Expects call, made on a fresh manager, to abort with the assertion at line
 // of Src/PropertyManager.cpp in function, for condition.
 void ExpectAssertion(void (*call)(PropertyManager*), int line,
@@ -592,9 +581,8 @@ void ExpectAssertion(void (*call)(PropertyManager*), int line,
                      const std::string& condition) {
   TestManager manager;
   EXPECT_DEATH(call(&manager),
-               EscapeRegex("Src/PropertyManager.cpp:" + std::to_string(line) +
-                           ": " + function + ": Assertion `" + condition +
-                           "' failed."));
+               test_support::AssertionRegex("Src/PropertyManager.cpp", line,
+                                            function, condition));
 }
 
 TEST(PropertyManagerDeathTest, RegisterPropertyWithNullAborts) {
@@ -616,8 +604,7 @@ TEST(PropertyManagerDeathTest, RegisterClientWithNullAborts) {
 }
 
 TEST(PropertyManagerDeathTest, UnregisterClientWithNullAborts) {
-  ExpectAssertion([](PropertyManager* m) { m->UnregisterClient(nullptr); },
-                  126,
+  ExpectAssertion([](PropertyManager* m) { m->UnregisterClient(nullptr); }, 126,
                   "void PropertyManager::UnregisterClient(PropertyClient*)",
                   "client");
 }
@@ -651,9 +638,9 @@ TEST(PropertyManagerDeathTest, RemoveChangeListenerWithNullAborts) {
 }
 
 TEST(PropertyManagerDeathTest, NotifyChangeListenersWithNullAborts) {
-  ExpectAssertion(
-      [](PropertyManager* m) { m->NotifyChangeListeners(nullptr); }, 215,
-      "void PropertyManager::NotifyChangeListeners(Property*)", "property");
+  ExpectAssertion([](PropertyManager* m) { m->NotifyChangeListeners(nullptr); },
+                  215, "void PropertyManager::NotifyChangeListeners(Property*)",
+                  "property");
 }
 
 }  // namespace

@@ -8,26 +8,11 @@
 
 #include <stdexcept>
 
+#include "support/MutexProbe.h"
+
 namespace {
 
-void* TryLockOnce(void* argument) {
-  pthread_mutex_t* mutex = static_cast<pthread_mutex_t*>(argument);
-  const bool taken = pthread_mutex_trylock(mutex) == 0;
-  if (taken) pthread_mutex_unlock(mutex);
-  return taken ? mutex : nullptr;
-}
-
-// True if another thread can lock mutex right now.
-bool IsFreeForOtherThreads(pthread_mutex_t* mutex) {
-  pthread_t thread;
-  if (pthread_create(&thread, nullptr, TryLockOnce, mutex) != 0) {
-    ADD_FAILURE() << "cannot start the probing thread";
-    return false;
-  }
-  void* result = nullptr;
-  pthread_join(thread, &result);
-  return result != nullptr;
-}
+using test_support::IsFreeForOtherThreads;
 
 class PropertyThreadGuardTest : public testing::Test {
  protected:

@@ -4,78 +4,28 @@
 #include "StringProperty.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <memory>
 #include <string>
-#include <thread>
 
-#include "PropertyChangeListener.h"
-#include "support/Recorders.h"
+#include "support/MutexProbe.h"
+#include "support/PropertyTesting.h"
 
 namespace {
 
+using test_support::IsFreeForOtherThreads;
+using test_support::LockProbe;
+
 const char kHashMessage[] = "Property values can not contain character \"#\"";
 
-// True if a thread other than the caller could lock mutex right now.
-bool IsFreeForOtherThreads(pthread_mutex_t* mutex) {
-  bool free = false;
-  std::thread other([mutex, &free] {
-    if (pthread_mutex_trylock(mutex) == 0) {
-      free = true;
-      pthread_mutex_unlock(mutex);
-    }
-  });
-  other.join();
-  return free;
-}
-
 // Gives the tests the property's own mutex.
-class ExposedStringProperty : public StringProperty {
- public:
-  using StringProperty::StringProperty;
-  pthread_mutex_t* Mutex() const { return m_mutex; }
-};
-
-// Records whether the property's mutex was held while it was being told.
-class LockProbe : public PropertyChangeListener {
- public:
-  explicit LockProbe(pthread_mutex_t* mutex) : m_mutex(mutex) {}
-  void PropertyChanged(Property*) override {
-    ++calls;
-    heldDuringCall = !IsFreeForOtherThreads(m_mutex);
-  }
-
-  int calls = 0;
-  bool heldDuringCall = false;
-
- private:
-  pthread_mutex_t* m_mutex;
-};
+typedef test_support::WithVisibleMutex<StringProperty> ExposedStringProperty;
 
 // A property "k" with the value "initial", bound to a manager (which does not
 // own it) with one counting change listener.
-class StringPropertyTest : public testing::Test {
+class StringPropertyTest
+    : public test_support::LinkedPropertyFixture<ExposedStringProperty> {
  protected:
-  StringPropertyTest()
-      : m_property(new ExposedStringProperty("k", "initial", "")) {
-    m_property->RegisterPropertyManager(&m_manager);
-    m_manager.AddChangeListener(&m_listener);
-  }
-
-  // The message of the exception SetValue throws, or "<accepted>".
-  std::string SetValueError(const propstring& value) {
-    try {
-      m_property->SetValue(value);
-    } catch (Property::WrongValue& e) {
-      return e.m_message;
-    }
-    return "<accepted>";
-  }
-
-  test_support::TestManager m_manager;
-  test_support::CountingChangeListener m_listener;
-  std::unique_ptr<ExposedStringProperty> m_property;
+  StringPropertyTest() { Make("initial"); }
 };
 
 TEST_F(StringPropertyTest, KeepsUncheckedInitialValueWithHash) {

@@ -2,6 +2,8 @@
 
 #include "support/LogRecorder.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -43,6 +45,13 @@ std::vector<std::string> LogRecorder::Messages() const {
 void LogRecorder::Clear() {
   std::lock_guard<std::mutex> lock(g_mutex);
   g_entries.clear();
+}
+
+std::vector<std::string> MessagesAllAtLevel(const LogRecorder& log, int level) {
+  for (const LogEntry& entry : log.Entries()) {
+    EXPECT_EQ(entry.level, level) << entry.message;
+  }
+  return log.Messages();
 }
 
 }  // namespace test_support

@@ -31,6 +31,10 @@ class LogRecorder {
   void Clear();
 };
 
+// log.Messages(), after checking, as a non-fatal test expectation, that every
+// entry was logged at level.
+std::vector<std::string> MessagesAllAtLevel(const LogRecorder& log, int level);
+
 }  // namespace test_support
 
 #endif  // TESTS_SUPPORT_LOGRECORDER_H_
