@@ -15,13 +15,14 @@ BooleanProperty::BooleanProperty(const propstring& key, const propstring& value,
 BooleanProperty::~BooleanProperty() {}
 
 propstring BooleanProperty::GetValue() const {
-  return m_value ? "true" : "false";
+  return GetBooleanValue() ? "true" : "false";
 }
 
 void BooleanProperty::SetValue(const propstring& value) {
   PropertyThreadGuard guard(m_mutex);
   IsValueValid(value);
-  m_value = value == "true";
+  // Atomic, so that a reader on another thread never races with a writer.
+  __atomic_store_n(&m_value, value == "true", __ATOMIC_RELEASE);
   NotifyManager();
 }
 
@@ -30,10 +31,12 @@ void BooleanProperty::IsValueValid(const propstring& value) {
   RejectValue("true or false");
 }
 
-bool BooleanProperty::GetBooleanValue() const { return m_value; }
+bool BooleanProperty::GetBooleanValue() const {
+  return __atomic_load_n(&m_value, __ATOMIC_ACQUIRE);
+}
 
 void BooleanProperty::SetBooleanValue(bool value) {
   PropertyThreadGuard guard(m_mutex);
-  m_value = value;
+  __atomic_store_n(&m_value, value, __ATOMIC_RELEASE);
   NotifyManager();
 }

@@ -25,7 +25,8 @@ class BooleanProperty : public BaseProperty {
   void SetValue(const propstring& value) override;
   void IsValueValid(const propstring& value) override;
 
-  // Reads the value without taking the lock.
+  // Reads the value atomically, without taking the lock: safe while another
+  // thread sets the value.
   bool GetBooleanValue() const;
   // Stores value unchecked and notifies, under the property's lock.
   void SetBooleanValue(bool value);

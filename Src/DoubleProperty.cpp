@@ -22,15 +22,18 @@ propstring DoubleProperty::GetValue() const {
   // would follow LC_NUMERIC and write "0,1" in a German locale, which no
   // reader of the file could take back.
   char text[32] = {};
-  const std::to_chars_result result = std::to_chars(
-      text, text + sizeof text - 1, m_value, std::chars_format::general, 15);
+  const std::to_chars_result result =
+      std::to_chars(text, text + sizeof text - 1, GetDoubleValue(),
+                    std::chars_format::general, 15);
   return propstring(text, result.ptr);
 }
 
 void DoubleProperty::SetValue(const propstring& value) {
   PropertyThreadGuard guard(m_mutex);
   IsValueValid(value);
-  m_value = TextNumbers::StdStringToDouble(value);
+  // Atomic, so that a reader on another thread never races with a writer.
+  double converted = TextNumbers::StdStringToDouble(value);
+  __atomic_store(&m_value, &converted, __ATOMIC_RELEASE);
   NotifyManager();
 }
 
@@ -42,10 +45,14 @@ void DoubleProperty::IsValueValid(const propstring& value) {
   }
 }
 
-double DoubleProperty::GetDoubleValue() const { return m_value; }
+double DoubleProperty::GetDoubleValue() const {
+  double value;
+  __atomic_load(&m_value, &value, __ATOMIC_ACQUIRE);
+  return value;
+}
 
 void DoubleProperty::SetDoubleValue(double value) {
   PropertyThreadGuard guard(m_mutex);
-  m_value = value;
+  __atomic_store(&m_value, &value, __ATOMIC_RELEASE);
   NotifyManager();
 }

@@ -27,7 +27,8 @@ class DoubleProperty : public BaseProperty {
   void SetValue(const propstring& value) override;
   void IsValueValid(const propstring& value) override;
 
-  // Reads the value without taking the lock.
+  // Reads the value atomically, without taking the lock: safe while another
+  // thread sets the value.
   double GetDoubleValue() const;
   // Stores value unchecked and notifies, under the property's lock.
   void SetDoubleValue(double value);

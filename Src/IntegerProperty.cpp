@@ -28,14 +28,16 @@ IntegerProperty::~IntegerProperty() {}
 
 propstring IntegerProperty::GetValue() const {
   char text[32];
-  std::snprintf(text, sizeof text, "%d", m_value);
+  std::snprintf(text, sizeof text, "%d", GetIntValue());
   return text;
 }
 
 void IntegerProperty::SetValue(const propstring& value) {
   PropertyThreadGuard guard(m_mutex);
   IsValueValid(value);
-  m_value = TextNumbers::StdStringToInteger(value);
+  // Atomic, so that a reader on another thread never races with a writer.
+  __atomic_store_n(&m_value, TextNumbers::StdStringToInteger(value),
+                   __ATOMIC_RELEASE);
   NotifyManager();
 }
 
@@ -55,10 +57,12 @@ void IntegerProperty::IsValueValid(const propstring& value) {
   }
 }
 
-int IntegerProperty::GetIntValue() const { return m_value; }
+int IntegerProperty::GetIntValue() const {
+  return __atomic_load_n(&m_value, __ATOMIC_ACQUIRE);
+}
 
 void IntegerProperty::SetIntValue(int value) {
   PropertyThreadGuard guard(m_mutex);
-  m_value = value;
+  __atomic_store_n(&m_value, value, __ATOMIC_RELEASE);
   NotifyManager();
 }

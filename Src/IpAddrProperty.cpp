@@ -15,19 +15,28 @@ IpAddrProperty::IpAddrProperty(const propstring& key, const propstring& value,
 
 IpAddrProperty::~IpAddrProperty() {}
 
-propstring IpAddrProperty::GetValue() const { return inet_ntoa(m_value); }
+propstring IpAddrProperty::GetValue() const {
+  in_addr address;
+  address.s_addr = __atomic_load_n(&m_value.s_addr, __ATOMIC_ACQUIRE);
+  return inet_ntoa(address);
+}
 
 void IpAddrProperty::SetValue(const propstring& value) {
   PropertyThreadGuard guard(m_mutex);
+  // The check stores the address when it accepts the text.
   IsValueValid(value);
-  inet_aton(value.c_str(), &m_value);
   NotifyManager();
 }
 
 void IpAddrProperty::IsValueValid(const propstring& value) {
   // Parsing straight into the stored address is long-standing behaviour that
   // programs may rely on: a successful check already sets the address.
-  // inet_aton() writes nothing on failure, so a rejected text changes nothing.
-  if (inet_aton(value.c_str(), &m_value) != 0) return;
+  // A rejected text changes nothing. The store is atomic, so that a reader
+  // on another thread never races with a writer.
+  in_addr parsed;
+  if (inet_aton(value.c_str(), &parsed) != 0) {
+    __atomic_store_n(&m_value.s_addr, parsed.s_addr, __ATOMIC_RELEASE);
+    return;
+  }
   RejectValue("an ip address");
 }

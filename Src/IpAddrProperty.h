@@ -24,7 +24,9 @@ class IpAddrProperty : public BaseProperty {
                  const propstring& section);
   virtual ~IpAddrProperty();
 
-  propstring GetValue() const override;  // dotted quad
+  // The dotted quad. The address is read and written atomically: safe while
+  // another thread sets the value.
+  propstring GetValue() const override;
   void SetValue(const propstring& value) override;
   // Throws Property::WrongValue if inet_aton() rejects value. Note: an
   // accepted text is stored as the new address at once, without the lock and

@@ -2,6 +2,7 @@
 
 #include "ListProperty.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "TextNumbers.h"
@@ -22,23 +23,23 @@ ListProperty::ListProperty(const propstring& key, const propstring& list,
 
 ListProperty::~ListProperty() {}
 
-propstring ListProperty::GetValue() const { return m_list[m_selected]; }
+propstring ListProperty::GetValue() const {
+  return m_list[__atomic_load_n(&m_selected, __ATOMIC_ACQUIRE)];
+}
 
 void ListProperty::SetValue(const propstring& value) {
   // No lock, unlike the other value types: the selection is one word, and
   // this is how the type has always behaved.
   IsValueValid(value);
-  bool found = false;
-  for (size_t i = 0; i < m_list.size() && !found; ++i) {
-    if (m_list[i] == value) {
-      m_selected = static_cast<unsigned int>(i);
-      found = true;
-    }
-  }
-  if (!found) {
-    m_selected =
-        static_cast<unsigned int>(TextNumbers::StdStringToInteger(value));
-  }
+  // The selection is stored atomically, so that a reader on another thread
+  // never races with a writer.
+  std::vector<propstring>::const_iterator element =
+      std::find(m_list.begin(), m_list.end(), value);
+  const unsigned int selected =
+      element != m_list.end()
+          ? static_cast<unsigned int>(element - m_list.begin())
+          : static_cast<unsigned int>(TextNumbers::StdStringToInteger(value));
+  __atomic_store_n(&m_selected, selected, __ATOMIC_RELEASE);
   NotifyManager();
 }
 
@@ -57,10 +58,7 @@ propstring ListProperty::GetListValue() const {
 }
 
 bool ListProperty::IsValueAtList(const propstring& value) {
-  for (size_t i = 0; i < m_list.size(); ++i) {
-    if (m_list[i] == value) return true;
-  }
-  return false;
+  return std::find(m_list.begin(), m_list.end(), value) != m_list.end();
 }
 
 bool ListProperty::IsValueANumber(const propstring& value) {

@@ -8,8 +8,9 @@
 // element's text. Type name "PROPERTY_TYPE_LIST", human-readable name
 // "List Property".
 //
-// Thread safety: no operation of this type takes a lock; callers that share a
-// list property between threads serialise their own calls.
+// Thread safety: no operation of this type takes a lock. The selection is
+// read and written atomically, so GetValue is safe while another thread sets
+// the value; two threads setting one list property at once are not ordered.
 //
 // ABI: member order and virtual-function order are part of the binary
 // interface. Do not reorder, insert or remove.

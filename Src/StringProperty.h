@@ -22,6 +22,8 @@ class StringProperty : public BaseProperty {
                  const propstring& section);
   virtual ~StringProperty();
 
+  // Copies the text without a lock: NOT safe while another thread sets the
+  // value of this property.
   propstring GetValue() const override;
   void SetValue(const propstring& value) override;
   // Throws Property::WrongValue with

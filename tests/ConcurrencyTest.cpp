@@ -3,12 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <future>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "BooleanProperty.h"
+#include "DoubleProperty.h"
+#include "IntegerProperty.h"
 #include "Properties.h"
 #include "support/TempDir.h"
 
@@ -141,3 +146,77 @@ TEST_F(ConcurrencyTest, ReadersSeeStableValuesWhileKeysAreRegistered) {
 }
 
 }  // namespace
+
+// One thread sets a property while another reads it. Under ThreadSanitizer
+// this shows that the value types with a native value read and write it
+// atomically; everywhere it shows that a reader only ever sees one of the
+// values that were set.
+class ReaderWriterTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(ReaderWriterTest, ReaderSeesOnlyValuesThatWereSet) {
+  struct Case {
+    std::string type, initial;
+    std::vector<std::string> sets, readBack;
+  };
+  const std::string type = GetParam();
+  Case c;
+  if (type == "PROPERTY_TYPE_BOOLEAN") {
+    c = {type, "false", {"true", "false"}, {"true", "false"}};
+  } else if (type == "PROPERTY_TYPE_INTEGER") {
+    c = {type, "0", {"-7", "123456"}, {"-7", "123456", "0"}};
+  } else if (type == "PROPERTY_TYPE_DOUBLE") {
+    c = {type, "0", {"0.25", "1e+20"}, {"0.25", "1e+20", "0"}};
+  } else if (type == "PROPERTY_TYPE_IP_ADDR") {
+    c = {type,
+         "0.0.0.0",
+         {"10.1", "255.255.255.254"},
+         {"10.0.0.1", "255.255.255.254", "0.0.0.0"}};
+  } else {
+    c = {type, "red|green|blue", {"blue", "1"}, {"red", "green", "blue"}};
+  }
+  std::unique_ptr<Property> property(
+      Properties::GetInstance()->GetJavaPropertyFactory()->CreateProperty(
+          c.type, "k", c.initial));
+  ASSERT_NE(nullptr, property);
+  bool onlyKnownValues = true;
+  RunTogether(2, [&](int i) {
+    for (int n = 0; n < 2000; ++n) {
+      if (i == 0) {
+        property->SetValue(c.sets[n % 2]);
+      } else if (std::find(c.readBack.begin(), c.readBack.end(),
+                           property->GetValue()) == c.readBack.end()) {
+        onlyKnownValues = false;
+      }
+    }
+  });
+  EXPECT_TRUE(onlyKnownValues);
+}
+
+INSTANTIATE_TEST_SUITE_P(AtomicValueTypes, ReaderWriterTest,
+                         testing::Values("PROPERTY_TYPE_BOOLEAN",
+                                         "PROPERTY_TYPE_INTEGER",
+                                         "PROPERTY_TYPE_DOUBLE",
+                                         "PROPERTY_TYPE_IP_ADDR",
+                                         "PROPERTY_TYPE_LIST"));
+
+TEST(NativeValueTest, NativeGettersAndSettersDoNotRace) {
+  BooleanProperty flag("flag", "false", "");
+  IntegerProperty count("count", "0", "");
+  DoubleProperty ratio("ratio", "0", "");
+  RunTogether(2, [&](int i) {
+    for (int n = 0; n < 2000; ++n) {
+      if (i == 0) {
+        flag.SetBooleanValue(n % 2 == 0);
+        count.SetIntValue(n);
+        ratio.SetDoubleValue(n * 0.5);
+      } else {
+        EXPECT_GE(count.GetIntValue(), 0);
+        EXPECT_GE(ratio.GetDoubleValue(), 0.0);
+        (void)flag.GetBooleanValue();
+      }
+    }
+  });
+  EXPECT_EQ(1999, count.GetIntValue());
+  EXPECT_EQ(999.5, ratio.GetDoubleValue());
+  EXPECT_FALSE(flag.GetBooleanValue());
+}
