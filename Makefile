@@ -1,14 +1,15 @@
 # Entry points for people: each target configures, builds and runs by itself.
 #   make demo   build and run the demo program
 #   make test   build and run every test
-#   make asan   every test under AddressSanitizer + UndefinedBehaviorSanitizer
+#   make asan   every test under AddressSanitizer + UndefinedBehaviorSanitizer,
+#               with crash-safe rewrites on (so both rewrite ways are tested)
 #   make tsan   the concurrency tests under ThreadSanitizer
 
 BUILD_DIR ?= build
 CMAKE_ARGS ?=
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all demo test asan tsan deps configure clean
+.PHONY: all demo test asan tsan fuzz deps configure clean
 
 all: test
 
@@ -29,7 +30,8 @@ test: configure
 
 asan: deps
 	cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-	  -DPROPERTIES_WERROR=ON -DPROPERTIES_SANITIZE=address,undefined
+	  -DPROPERTIES_WERROR=ON -DPROPERTIES_SANITIZE=address,undefined \
+	  -DPROPERTIES_SAFE_WRITES=ON
 	cmake --build build-asan -j $(JOBS)
 	ctest --test-dir build-asan --output-on-failure -j $(JOBS)
 
@@ -40,7 +42,28 @@ tsan: deps
 	  -DPROPERTIES_BUILD_EXAMPLES=OFF
 	cmake --build build-tsan -j $(JOBS) --target PropertiesTests
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/PropertiesTests \
-	  --gtest_filter='ConcurrencyTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
+	  --gtest_filter='ConcurrencyTest.*:*ReaderWriterTest.*:NativeValueTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
+
+# Every fuzz target built with clang, libFuzzer and ASan+UBSan, each run for
+# FUZZ_SECONDS on its corpus. New inputs go to build-fuzz/corpus/<target>
+# (the committed fuzz/corpus/ is only read); a crash or a failed check stops
+# the run and leaves its input in build-fuzz/artifacts/<target>/.
+FUZZ_SECONDS ?= 60
+FUZZERS = JavaPropertiesFuzzer IniPropertiesFuzzer ExtractFuzzer \
+          SetValueFuzzer ManagerFuzzer
+
+fuzz: deps
+	cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DPROPERTIES_WERROR=ON -DCMAKE_CXX_COMPILER=clang++ \
+	  -DPROPERTIES_BUILD_FUZZERS=ON -DPROPERTIES_BUILD_TESTS=OFF \
+	  -DPROPERTIES_BUILD_EXAMPLES=OFF
+	cmake --build build-fuzz -j $(JOBS) --target $(FUZZERS)
+	set -e; for f in $(FUZZERS); do \
+	  mkdir -p build-fuzz/corpus/$$f build-fuzz/artifacts/$$f; \
+	  build-fuzz/fuzz/$$f -max_total_time=$(FUZZ_SECONDS) -timeout=30 \
+	    -print_final_stats=1 -artifact_prefix=build-fuzz/artifacts/$$f/ \
+	    build-fuzz/corpus/$$f fuzz/corpus/$$f; \
+	done
 
 clean:
 	rm -rf $(BUILD_DIR) build-asan build-tsan

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "PropertyFile.h"
+
 namespace {
 
 const char kFile[] = "Src/IniProperties.cpp";
@@ -97,9 +99,8 @@ bool IniProperties::Store(const propstring& fileName,
         "!fileName.empty()", kFile, 124,
         "bool IniProperties::Store(const propstring&, const propstring&)");
   }
-  std::ofstream out(fileName.c_str(), std::ios::out | std::ios::trunc);
-  if (!out.is_open()) return false;
-  return Store(out, header);
+  return PropertyFile::Replace(fileName, ToText(header)) ==
+         PropertyFile::kWritten;
 }
 
 bool IniProperties::Store(std::ostream& out, const propstring& header) {
@@ -113,6 +114,19 @@ bool IniProperties::Store(std::ostream& out, const propstring& header) {
     WriteLine(out, propstring());
   }
   return out.rdstate() == std::ios::goodbit;
+}
+
+propstring IniProperties::ToText(const propstring& header) const {
+  propstring text;
+  if (!header.empty()) text.append(";").append(header).append("\n");
+  for (const auto& section : m_sections) {
+    text.append("[").append(section.first).append("]\n");
+    for (const auto& entry : section.second) {
+      text.append(entry.first).append("=").append(entry.second).append("\n");
+    }
+    text.append("\n");
+  }
+  return text;
 }
 
 void IniProperties::SetProperty(const propstring& section,

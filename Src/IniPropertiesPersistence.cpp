@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <fstream>
 
+#include "PropertyFile.h"
+
 namespace {
 
 const char kFile[] = "Src/IniPropertiesPersistence.cpp";
@@ -85,12 +87,12 @@ void IniPropertiesPersistence::DoStore() {
     const propstring key = property->GetKey();
     store.SetProperty(section, key, property->GetValue());
   }
-  std::ofstream out(m_filePath.c_str(), std::ios::out | std::ios::trunc);
-  if (!out.is_open()) {
+  // A failed write after a successful open goes unreported, as it always
+  // has; the in-memory values stay either way.
+  if (PropertyFile::Replace(m_filePath, store.ToText(m_header)) ==
+      PropertyFile::kNotOpened) {
     Log(1, kCanNotWrite, m_filePath.c_str());
-    return;
   }
-  store.Store(out, m_header);
 }
 
 void IniPropertiesPersistence::DoLoad(IniProperties& store) {

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "PropertyFile.h"
+
 namespace {
 
 const char kFile[] = "Src/JavaProperties.cpp";
@@ -77,9 +79,8 @@ bool JavaProperties::Store(const propstring& fileName,
         "!fileName.empty()", kFile, 99,
         "bool JavaProperties::Store(const propstring&, const propstring&)");
   }
-  std::ofstream out(fileName.c_str(), std::ios::out | std::ios::trunc);
-  if (!out.is_open()) return false;
-  return Store(out, header);
+  return PropertyFile::Replace(fileName, ToText(header)) ==
+         PropertyFile::kWritten;
 }
 
 bool JavaProperties::Store(std::ostream& out, const propstring& header) {
@@ -89,6 +90,15 @@ bool JavaProperties::Store(std::ostream& out, const propstring& header) {
     WriteEntry(out, entry.first, entry.second);
   }
   return out.rdstate() == std::ios::goodbit;
+}
+
+propstring JavaProperties::ToText(const propstring& header) const {
+  propstring text;
+  if (!header.empty()) text.append("#").append(header).append("\n");
+  for (const auto& entry : m_entries) {
+    text.append(entry.first).append("=").append(entry.second).append("\n");
+  }
+  return text;
 }
 
 void JavaProperties::SetProperty(const propstring& key,

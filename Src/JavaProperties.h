@@ -39,14 +39,17 @@ class JavaProperties {
   // returns if a line holds 512 or more characters.
   bool Load(std::istream& in);
 
-  // Writes the table to fileName, truncating it. Returns false if the file
-  // cannot be opened, else the result of Store(stream, header).
-  // REQUIRES: fileName is not empty (asserted).
+  // Writes the table to fileName, replacing its content, in one write (see
+  // PropertyFile.h). Returns false if the file cannot be opened or the
+  // write fails. REQUIRES: fileName is not empty (asserted).
   bool Store(const propstring& fileName, const propstring& header);
   // Writes "#<header>" (if header is not empty) and every entry, each line
   // ended by a line feed and a flush. Returns true iff out is good afterwards;
   // writes nothing and returns false if out is bad at entry.
   bool Store(std::ostream& out, const propstring& header);
+
+  // The exact text that Store writes for header.
+  propstring ToText(const propstring& header) const;
 
   // Inserts or overwrites. Nothing is checked.
   void SetProperty(const propstring& key, const propstring& value);

@@ -3,8 +3,6 @@
 #include "JavaPropertiesPersistence.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <memory>
@@ -12,15 +10,21 @@
 #include <vector>
 
 #include "Properties.h"
+#include "PropertyFile.h"
+#include "support/AssertionMessage.h"
+#include "support/FileFaults.h"
 #include "support/LogRecorder.h"
 #include "support/Recorders.h"
 #include "support/TempDir.h"
 
 namespace {
 
+using test_support::CanNotRead;
+using test_support::CanNotWrite;
 using test_support::FileExists;
 using test_support::LogRecorder;
 using test_support::ReadFile;
+using test_support::ScopedFullDisk;
 using test_support::TempDir;
 using test_support::TestManager;
 using test_support::WriteFile;
@@ -28,38 +32,6 @@ using test_support::WriteFile;
 typedef std::vector<std::string> Messages;
 
 const char kHeader[] = "app settings";
-
-std::string CanNotRead(const std::string& path) {
-  return "Can not read File '" + path + "'";
-}
-
-std::string CanNotWrite(const std::string& path) {
-  return "Can not write File '" + path + "'";
-}
-
-// While alive, every write that would make a file grow fails (as on a full
-// disk), whereas opening a file for writing still succeeds.
-class ScopedFullDisk {
- public:
-  ScopedFullDisk() {
-    getrlimit(RLIMIT_FSIZE, &m_saved);
-    m_savedHandler = signal(SIGXFSZ, SIG_IGN);
-    struct rlimit limit = m_saved;
-    limit.rlim_cur = 0;
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~ScopedFullDisk() {
-    setrlimit(RLIMIT_FSIZE, &m_saved);
-    signal(SIGXFSZ, m_savedHandler);
-  }
-
-  ScopedFullDisk(const ScopedFullDisk&) = delete;
-  ScopedFullDisk& operator=(const ScopedFullDisk&) = delete;
-
- private:
-  struct rlimit m_saved;
-  void (*m_savedHandler)(int);
-};
 
 class JavaPropertiesPersistenceTest : public testing::Test {
  protected:
@@ -98,12 +70,7 @@ class JavaPropertiesPersistenceTest : public testing::Test {
   }
 
   // The messages logged since the last Clear(); each must be at level 1.
-  Messages Logged() const {
-    for (const test_support::LogEntry& entry : m_log.Entries()) {
-      EXPECT_EQ(entry.level, 1) << entry.message;
-    }
-    return m_log.Messages();
-  }
+  Messages Logged() const { return test_support::MessagesAllAtLevel(m_log, 1); }
 
   // A path below a regular file, which can therefore never be opened.
   std::string UnwritablePath() {
@@ -344,6 +311,7 @@ TEST_F(JavaPropertiesPersistenceTest,
   WriteFile(m_path, "port=1\nextra=x\n");
   BindReadWrite(m_path);
   Property* port = AddInteger("port", "80");
+  const std::string before = ReadFile(m_path);
   m_log.Clear();
   {
     ScopedFullDisk fullDisk;
@@ -353,7 +321,9 @@ TEST_F(JavaPropertiesPersistenceTest,
   EXPECT_EQ(Logged(),
             (Messages{"Loading 'extra' to 'x'", "Loading 'port' to '1'",
                       "Setting 'port' to '9'"}));
-  EXPECT_EQ(ReadFile(m_path), "");  // Truncated by the open.
+  // In place, the open has truncated the file; a crash-safe rewrite
+  // leaves the old text.
+  EXPECT_EQ(ReadFile(m_path), PropertyFile::SafeWrites() ? before : "");
 }
 
 // Stored texts the property rejects.
@@ -384,29 +354,15 @@ TEST_F(JavaPropertiesPersistenceTest, NextChangeReplacesRejectedStoredText) {
 
 // Null properties.
 
-// Escapes the characters of text that a death-test regex would read as
-// operators.
-std::string EscapeRegex(const std::string& text) {
-  std::string escaped;
-  for (char c : text) {
-    if (std::string("\\^$.|?*+()[]{}").find(c) != std::string::npos) {
-      escaped += '\\';
-    }
-    escaped += c;
-  }
-  return escaped;
-}
-
 // Expects call, made on a fresh unattached object, to abort with the
 // assertion of condition at line of the source file, in function.
 void ExpectAssertion(void (*call)(JavaPropertiesPersistence*), int line,
                      const std::string& function,
                      const std::string& condition) {
   JavaPropertiesPersistence persistence("unused.properties", kHeader);
-  EXPECT_DEATH(
-      call(&persistence),
-      EscapeRegex("Src/JavaPropertiesPersistence.cpp:" + std::to_string(line) +
-                  ": " + function + ": Assertion `" + condition + "' failed."));
+  EXPECT_DEATH(call(&persistence),
+               test_support::AssertionRegex("Src/JavaPropertiesPersistence.cpp",
+                                            line, function, condition));
 }
 
 TEST(JavaPropertiesPersistenceDeathTest, RegisteredPropertyWithNullAborts) {

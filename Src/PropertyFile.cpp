@@ -1,0 +1,139 @@
+// PropertyFile.cpp - see PropertyFile.h.
+
+#include "PropertyFile.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <vector>
+
+namespace {
+
+// Writes all of text to fd, retrying short writes and interruptions.
+bool WriteAll(int fd, const propstring& text) {
+  const char* next = text.data();
+  size_t left = text.size();
+  while (left > 0) {
+    const ssize_t written = ::write(fd, next, left);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    next += written;
+    left -= static_cast<size_t>(written);
+  }
+  return true;
+}
+
+// The file a rewrite has to replace: path itself, or the final target of a
+// symbolic link. Empty if path is a link whose target cannot be resolved.
+propstring ResolveTarget(const propstring& path) {
+  struct stat info;
+  if (::lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return path;
+  char resolved[PATH_MAX];
+  if (::realpath(path.c_str(), resolved) == nullptr) return propstring();
+  return resolved;
+}
+
+propstring DirectoryOf(const propstring& path) {
+  const size_t slash = path.rfind('/');
+  if (slash == propstring::npos) return ".";
+  if (slash == 0) return "/";
+  return path.substr(0, slash);
+}
+
+// The process umask, read without changing it (umask() would, for a moment,
+// for every thread).
+mode_t CurrentUmask() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (line.compare(0, 6, "Umask:") == 0) {
+      return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8));
+    }
+  }
+  return 022;
+}
+
+// Gives a new file the mode and owner that the file it replaces had, or the
+// mode a newly created file would get.
+void CopyModeAndOwner(int fd, const propstring& target) {
+  struct stat info;
+  if (::stat(target.c_str(), &info) != 0) {
+    ::fchmod(fd, 0666 & ~CurrentUmask());
+    return;
+  }
+  ::fchmod(fd, info.st_mode & 07777);
+  // Best effort: only a privileged process may give a file away.
+  if (::fchown(fd, info.st_uid, info.st_gid) != 0) return;
+}
+
+void SyncDirectory(const propstring& directory) {
+  const int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);
+  ::close(fd);
+}
+
+}  // namespace
+
+PropertyFile::Result PropertyFile::Replace(const propstring& path,
+                                           const propstring& text) {
+  return SafeWrites() ? ReplaceAtomically(path, text)
+                      : ReplaceInPlace(path, text);
+}
+
+PropertyFile::Result PropertyFile::ReplaceInPlace(const propstring& path,
+                                                  const propstring& text) {
+  const int fd =
+      ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) return kNotOpened;
+  const bool written = WriteAll(fd, text);
+  // A failing close() is ignored, as closing a written stream always was.
+  ::close(fd);
+  return written ? kWritten : kWriteFailed;
+}
+
+PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
+                                                     const propstring& text) {
+  const propstring target = ResolveTarget(path);
+  struct stat info;
+  const bool exists = !target.empty() && ::stat(target.c_str(), &info) == 0;
+  if (target.empty() || (exists && !S_ISREG(info.st_mode))) {
+    return ReplaceInPlace(path, text);
+  }
+  const propstring directory = DirectoryOf(target);
+  propstring name = target.substr(target.rfind('/') + 1);
+  std::vector<char> temporary(directory.begin(), directory.end());
+  const propstring suffix = "/." + name + ".tmp-XXXXXX";
+  temporary.insert(temporary.end(), suffix.begin(), suffix.end());
+  temporary.push_back('\0');
+  const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+  if (fd < 0) return ReplaceInPlace(path, text);
+
+  CopyModeAndOwner(fd, target);
+  const bool written = WriteAll(fd, text) && ::fsync(fd) == 0;
+  const bool closed = ::close(fd) == 0;
+  if (!written || !closed) {
+    // The target is untouched: a full disk loses nothing.
+    ::unlink(temporary.data());
+    return kWriteFailed;
+  }
+  if (::rename(temporary.data(), target.c_str()) != 0) {
+    ::unlink(temporary.data());
+    return ReplaceInPlace(path, text);
+  }
+  SyncDirectory(directory);
+  return kWritten;
+}
+
+bool PropertyFile::SafeWrites() {
+#ifdef PROPERTIES_SAFE_WRITES
+  return true;
+#else
+  return false;
+#endif
+}
