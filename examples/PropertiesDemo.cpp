@@ -42,8 +42,7 @@ void ShowFile(const std::string& title, const std::string& path) {
   std::ifstream in(path.c_str());
   std::stringstream text;
   text << in.rdbuf();
-  std::cout << "--- " << title << ": " << path << "\n"
-            << text.str() << "---\n";
+  std::cout << "--- " << title << ": " << path << "\n" << text.str() << "---\n";
 }
 
 void TrySet(JavaPropertyManager* manager, const std::string& key,
@@ -120,7 +119,9 @@ int SecondRun(const char* self, const std::string& dir) {
   std::cout.flush();
   const pid_t child = fork();
   if (child == 0) {
-    execl("/proc/self/exe", self, dir.c_str(), static_cast<char*>(nullptr));
+    char* const args[] = {const_cast<char*>(self),
+                          const_cast<char*>(dir.c_str()), nullptr};
+    execvp(self, args);
     _exit(127);
   }
   int status = 0;
