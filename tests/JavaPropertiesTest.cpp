@@ -93,6 +93,9 @@ struct ExtractCase {
   std::string result;
 };
 
+// Keeps test output readable: the row's name instead of its bytes.
+void PrintTo(const ExtractCase& row, std::ostream* out) { *out << row.name; }
+
 class ExtractTest : public testing::TestWithParam<ExtractCase> {
  protected:
   JavaProperties m_properties;
