@@ -4,12 +4,14 @@
 #   make asan   every test under AddressSanitizer + UndefinedBehaviorSanitizer,
 #               with crash-safe rewrites on (so both rewrite ways are tested)
 #   make tsan   the concurrency tests under ThreadSanitizer
+#   make valgrind  the demo and every test under valgrind's memcheck
+#   make fuzz   every fuzz target for FUZZ_SECONDS (default 60) with libFuzzer
 
 BUILD_DIR ?= build
 CMAKE_ARGS ?=
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all demo test asan tsan fuzz deps configure clean
+.PHONY: all demo test asan tsan valgrind fuzz deps configure clean
 
 all: test
 
@@ -44,6 +46,19 @@ tsan: deps
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/PropertiesTests \
 	  --gtest_filter='ConcurrencyTest.*:*ReaderWriterTest.*:NativeValueTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
 
+# Definite and indirect leaks and memory errors fail the run; forked test
+# children are checked too (their exit code turns 9).
+VALGRIND = valgrind --leak-check=full --show-leak-kinds=definite,indirect \
+  --errors-for-leak-kinds=definite,indirect --error-exitcode=9 \
+  --child-silent-after-fork=yes
+
+valgrind: configure
+	@sh tools/install-deps.sh valgrind
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+	$(VALGRIND) $(BUILD_DIR)/examples/PropertiesDemo
+	$(VALGRIND) $(BUILD_DIR)/tests/PropertiesTests --gtest_brief=1
+	$(VALGRIND) $(BUILD_DIR)/tests/DiscardingLogTests --gtest_brief=1
+
 # Every fuzz target built with clang, libFuzzer and ASan+UBSan, each run for
 # FUZZ_SECONDS on its corpus. New inputs go to build-fuzz/corpus/<target>
 # (the committed fuzz/corpus/ is only read); a crash or a failed check stops
@@ -51,8 +66,12 @@ tsan: deps
 FUZZ_SECONDS ?= 60
 FUZZERS = JavaPropertiesFuzzer IniPropertiesFuzzer ExtractFuzzer \
           SetValueFuzzer ManagerFuzzer
+# ManagerFuzzer rewrites (and syncs) files in a new directory under TMPDIR
+# on every change: a memory file system makes it several times faster.
+FUZZ_TMPDIR ?= $(if $(wildcard /dev/shm),/dev/shm,/tmp)
 
-fuzz: deps
+fuzz:
+	@sh tools/install-deps.sh fuzz
 	cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DPROPERTIES_WERROR=ON -DCMAKE_CXX_COMPILER=clang++ \
 	  -DPROPERTIES_BUILD_FUZZERS=ON -DPROPERTIES_BUILD_TESTS=OFF \
@@ -60,7 +79,8 @@ fuzz: deps
 	cmake --build build-fuzz -j $(JOBS) --target $(FUZZERS)
 	set -e; for f in $(FUZZERS); do \
 	  mkdir -p build-fuzz/corpus/$$f build-fuzz/artifacts/$$f; \
-	  build-fuzz/fuzz/$$f -max_total_time=$(FUZZ_SECONDS) -timeout=30 \
+	  TMPDIR=$(FUZZ_TMPDIR) build-fuzz/fuzz/$$f \
+	    -max_total_time=$(FUZZ_SECONDS) -timeout=30 \
 	    -print_final_stats=1 -artifact_prefix=build-fuzz/artifacts/$$f/ \
 	    build-fuzz/corpus/$$f fuzz/corpus/$$f; \
 	done

@@ -1,6 +1,9 @@
 #!/bin/sh
 # Installs the Debian packages that building and testing need, if any are
 # missing. Runs apt-get as root, or through sudo when that is available.
+#   install-deps.sh            what `make demo` and `make test` need
+#   install-deps.sh valgrind   and valgrind
+#   install-deps.sh fuzz       and clang with its libFuzzer runtime
 set -eu
 
 missing=""
@@ -16,6 +19,16 @@ need libgtest-dev test -f /usr/include/gtest/gtest.h
 need libgmock-dev test -f /usr/include/gmock/gmock.h
 # The locale tests build a German locale from these sources.
 need locales test -d /usr/share/i18n/locales
+for extra in "$@"; do
+  case "$extra" in
+    valgrind) need valgrind command -v valgrind ;;
+    fuzz)
+      need clang command -v clang++
+      need libclang-rt-14-dev sh -c 'ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a'
+      ;;
+    *) echo "install-deps.sh: unknown extra '$extra'" >&2; exit 2 ;;
+  esac
+done
 
 [ -z "$missing" ] && exit 0
 
