@@ -14,7 +14,6 @@ namespace {
 const char kFile[] = "Src/IniProperties.cpp";
 
 char kRedefinesSection[] = "Line %d redefines a section";
-char kRedefinesProperty[] = "Line %d redefines a property";
 char kLoading[] = "Loading '%s' of '%s' to '%s'";
 char kSetting[] = "Setting '%s' of '%s' to '%s'";
 char kNotFound[] = "Property '%s' at Section '%s' was not found";
@@ -40,56 +39,41 @@ bool IniProperties::Load(const propstring& fileName) {
     __assert_fail("!fileName.empty()", kFile, 34,
                   "bool IniProperties::Load(const propstring&)");
   }
-  std::ifstream in(fileName.c_str(), std::ios::in);
-  if (!in.is_open()) return false;
-  return Load(in);
+  bool opened = false;
+  return LoadFile(fileName, opened);
 }
 
 bool IniProperties::Load(std::istream& in) {
   bool result = in.rdstate() == std::ios::goodbit;
   int lineNumber = 0;
   char buffer[kLineBufferSize];
-  // Empty while no named section has begun: entries read then are dropped.
   propstring current;
-  Section pending;
+  Table pending;
   // As in the flat reader, a line of 512 or more characters makes this loop
   // run for ever.
   while (!in.eof() && result) {
     ++lineNumber;
     result = ReadLine(in, buffer, lineNumber);
-    char* comment = std::strchr(buffer, ';');
-    if (comment != nullptr) *comment = '\0';
-    char* line = buffer;
-    if (std::strchr(line, '[') != nullptr) {
-      // The whole line is cleaned, so a header may stand in blanks or
-      // quotes; an entry line goes on cleaned.
-      line = Extract(line);
-      if (line[0] == '[') {
-        if (!current.empty()) m_sections[current].swap(pending);
-        current = SectionName(line);
-        if (m_sections.count(current) != 0) {
-          Log(1, kRedefinesSection, lineNumber);
-        }
-        pending.clear();
-        continue;
-      }
-    }
-    char* equals = std::strchr(line, '=');
-    if (equals == nullptr) continue;
-    *equals = '\0';
-    const propstring key(Extract(line));
-    const char* value = Extract(equals + 1);
-    Section::iterator it = pending.lower_bound(key);
-    if (it != pending.end() && it->first == key) {
-      Log(1, kRedefinesProperty, lineNumber);
-      it->second = value;
-    } else {
-      it = pending.emplace_hint(it, key, value);
-    }
-    Log(1, kLoading, it->first.c_str(), current.c_str(), it->second.c_str());
+    ParseLine(buffer, lineNumber, current, pending);
   }
-  if (!current.empty()) m_sections[current].swap(pending);
+  EndSection(current, pending);
   return result;
+}
+
+bool IniProperties::LoadFile(const propstring& fileName, bool& opened) {
+  propstring text;
+  const PropertyFile::ReadResult read = PropertyFile::ReadWhole(fileName, text);
+  opened = read != PropertyFile::kCannotOpen;
+  if (read == PropertyFile::kReadWhole && !HasOverlongLine(text)) {
+    ParseText(&text[0], text.size());
+    return true;
+  }
+  if (!opened) return false;
+  // Read errors, devices and over-long lines are left to the stream reader,
+  // so that they end exactly as they always have.
+  std::ifstream in(fileName.c_str(), std::ios::in);
+  opened = in.is_open();
+  return opened && Load(in);
 }
 
 bool IniProperties::Store(const propstring& fileName,
@@ -160,3 +144,45 @@ propstring IniProperties::GetProperty(const propstring& section,
 }
 
 void IniProperties::Clear() { m_sections.clear(); }
+
+void IniProperties::ParseLine(char* line, int lineNumber, propstring& current,
+                              Table& pending) {
+  char* comment = std::strchr(line, ';');
+  if (comment != nullptr) *comment = '\0';
+  if (std::strchr(line, '[') != nullptr) {
+    // The whole line is cleaned, so a header may stand in blanks or quotes;
+    // an entry line goes on cleaned.
+    line = Extract(line);
+    if (line[0] == '[') {
+      EndSection(current, pending);
+      current = SectionName(line);
+      if (m_sections.count(current) != 0) {
+        Log(1, kRedefinesSection, lineNumber);
+      }
+      return;
+    }
+  }
+  char* equals = std::strchr(line, '=');
+  if (equals == nullptr) return;
+  *equals = '\0';
+  const char* key = Extract(line);
+  Table::iterator it = Insert(pending, key, Extract(equals + 1), lineNumber);
+  Log(1, kLoading, it->first.c_str(), current.c_str(), it->second.c_str());
+}
+
+void IniProperties::EndSection(const propstring& current, Table& pending) {
+  if (!current.empty()) m_sections[current].swap(pending);
+  pending.clear();
+}
+
+void IniProperties::ParseText(char* text, size_t size) {
+  propstring current;
+  Table pending;
+  char* cursor = text;
+  bool more = true;
+  for (int lineNumber = 1; more; ++lineNumber) {
+    ParseLine(TakeLine(cursor, text + size, lineNumber, more), lineNumber,
+              current, pending);
+  }
+  EndSection(current, pending);
+}

@@ -44,6 +44,11 @@ class IniProperties : public JavaProperties {
   // if in was not good at entry or a read error occurred; what was read
   // stays. Never returns if a line holds 512 or more characters.
   bool Load(std::istream& in);
+  // Load(fileName) without the assertion, for the library's own reads: sets
+  // opened to false, and returns false, if the file cannot be opened. Reads a
+  // regular file in one go and parses it in memory, with the same store, the
+  // same result and the same log lines as Load(std::istream&) on it.
+  bool LoadFile(const propstring& fileName, bool& opened);
 
   // Writes the store to fileName, replacing its content, in one write (see
   // PropertyFile.h). Returns false if the file cannot be opened or the
@@ -71,6 +76,18 @@ class IniProperties : public JavaProperties {
   void Clear();
 
  protected:
+  // Takes one line (at most 511 characters, NUL-terminated, changed in
+  // place): a header ends the current section, an entry goes to pending.
+  // current is empty while no named section has begun (entries are dropped).
+  void ParseLine(char* line, int lineNumber, propstring& current,
+                 Table& pending);
+  // Makes pending the whole content of section current, unless current is
+  // empty (then pending is dropped). pending is left empty.
+  void EndSection(const propstring& current, Table& pending);
+  // Parses text[0, size) line by line as the stream reader would; text[size]
+  // must be writable. REQUIRES: no line is longer than 511 characters.
+  void ParseText(char* text, size_t size);
+
   std::map<propstring, std::map<propstring, propstring> > m_sections;
 };
 

@@ -38,9 +38,8 @@ bool JavaProperties::Load(const propstring& fileName) {
     __assert_fail("!fileName.empty()", kFile, 34,
                   "bool JavaProperties::Load(const propstring&)");
   }
-  std::ifstream in(fileName.c_str(), std::ios::in);
-  if (!in.is_open()) return false;
-  return Load(in);
+  bool opened = false;
+  return LoadFile(fileName, opened);
 }
 
 bool JavaProperties::Load(std::istream& in) {
@@ -53,23 +52,25 @@ bool JavaProperties::Load(std::istream& in) {
   while (!in.eof() && result) {
     ++lineNumber;
     result = ReadLine(in, buffer, lineNumber);
-    char* comment = std::strchr(buffer, '#');
-    if (comment != nullptr) *comment = '\0';
-    char* equals = std::strchr(buffer, '=');
-    if (equals == nullptr) continue;
-    *equals = '\0';
-    const propstring key(Extract(buffer));
-    const char* value = Extract(equals + 1);
-    std::map<propstring, propstring>::iterator it = m_entries.lower_bound(key);
-    if (it != m_entries.end() && it->first == key) {
-      Log(1, kRedefinesProperty, lineNumber);
-      it->second = value;
-    } else {
-      it = m_entries.emplace_hint(it, key, value);
-    }
-    Log(1, kLoading, it->first.c_str(), it->second.c_str());
+    ParseLine(buffer, lineNumber);
   }
   return result;
+}
+
+bool JavaProperties::LoadFile(const propstring& fileName, bool& opened) {
+  propstring text;
+  const PropertyFile::ReadResult read = PropertyFile::ReadWhole(fileName, text);
+  opened = read != PropertyFile::kCannotOpen;
+  if (read == PropertyFile::kReadWhole && !HasOverlongLine(text)) {
+    ParseText(&text[0], text.size());
+    return true;
+  }
+  if (!opened) return false;
+  // Read errors, devices and over-long lines are left to the stream reader,
+  // so that they end exactly as they always have.
+  std::ifstream in(fileName.c_str(), std::ios::in);
+  opened = in.is_open();
+  return opened && Load(in);
 }
 
 bool JavaProperties::Store(const propstring& fileName,
@@ -143,6 +144,69 @@ char* JavaProperties::Extract(char* text) {
   }
   *end = '\0';
   return start;
+}
+
+void JavaProperties::ParseLine(char* line, int lineNumber) {
+  char* comment = std::strchr(line, '#');
+  if (comment != nullptr) *comment = '\0';
+  char* equals = std::strchr(line, '=');
+  if (equals == nullptr) return;
+  *equals = '\0';
+  const char* key = Extract(line);
+  Table::iterator it = Insert(m_entries, key, Extract(equals + 1), lineNumber);
+  Log(1, kLoading, it->first.c_str(), it->second.c_str());
+}
+
+void JavaProperties::ParseText(char* text, size_t size) {
+  char* cursor = text;
+  bool more = true;
+  for (int lineNumber = 1; more; ++lineNumber) {
+    ParseLine(TakeLine(cursor, text + size, lineNumber, more), lineNumber);
+  }
+}
+
+JavaProperties::Table::iterator JavaProperties::Insert(Table& table,
+                                                       const char* key,
+                                                       const char* value,
+                                                       int lineNumber) {
+  if (table.empty() || table.rbegin()->first.compare(key) < 0) {
+    return table.emplace_hint(table.end(), key, value);
+  }
+  const propstring keyText(key);
+  Table::iterator it = table.lower_bound(keyText);
+  if (it != table.end() && it->first == keyText) {
+    Log(1, kRedefinesProperty, lineNumber);
+    it->second = value;
+    return it;
+  }
+  return table.emplace_hint(it, keyText, value);
+}
+
+char* JavaProperties::TakeLine(char*& cursor, char* end, int lineNumber,
+                               bool& more) {
+  char* line = cursor;
+  char* feed = static_cast<char*>(
+      std::memchr(line, '\n', static_cast<size_t>(end - line)));
+  more = feed != nullptr;
+  if (!more) {
+    *end = '\0';
+    return line;
+  }
+  if (feed - line == kLineBufferSize - 1) Log(1, kTooLong, lineNumber);
+  *feed = '\0';
+  cursor = feed + 1;
+  return line;
+}
+
+bool JavaProperties::HasOverlongLine(const propstring& text) {
+  size_t start = 0;
+  for (;;) {
+    const size_t feed = text.find('\n', start);
+    const size_t end = feed == propstring::npos ? text.size() : feed;
+    if (end - start > kLineBufferSize - 1) return true;
+    if (feed == propstring::npos) return false;
+    start = feed + 1;
+  }
 }
 
 bool JavaProperties::ReadLine(std::istream& in, char* buffer, int lineNumber) {

@@ -38,6 +38,11 @@ class JavaProperties {
   // not good at entry or a read error occurred; what was read stays. Never
   // returns if a line holds 512 or more characters.
   bool Load(std::istream& in);
+  // Load(fileName) without the assertion, for the library's own reads: sets
+  // opened to false, and returns false, if the file cannot be opened. Reads a
+  // regular file in one go and parses it in memory, with the same table, the
+  // same result and the same log lines as Load(std::istream&) on it.
+  bool LoadFile(const propstring& fileName, bool& opened);
 
   // Writes the table to fileName, replacing its content, in one write (see
   // PropertyFile.h). Returns false if the file cannot be opened or the
@@ -69,6 +74,25 @@ class JavaProperties {
  protected:
   // The longest line a reader takes whole, and the buffer that holds it.
   enum { kLineBufferSize = 512 };
+  typedef std::map<propstring, propstring> Table;
+
+  // Takes one line (at most 511 characters, NUL-terminated, changed in
+  // place) into the table: comment cut, split at the first '=', both fields
+  // cleaned, logged.
+  void ParseLine(char* line, int lineNumber);
+  // Parses text[0, size) line by line as the stream reader would; text[size]
+  // must be writable. REQUIRES: no line is longer than 511 characters.
+  void ParseText(char* text, size_t size);
+  // Sets table[key] = value for a line of the file; logs a redefinition.
+  // Constant time when keys arrive in order, as in files the library wrote.
+  static Table::iterator Insert(Table& table, const char* key,
+                                const char* value, int lineNumber);
+  // Cuts the next line out of [cursor, end) in place and logs it if it is
+  // 511 characters long with a line feed after it (as the stream reader
+  // does). Sets more to false at the last line, which ends at end.
+  static char* TakeLine(char*& cursor, char* end, int lineNumber, bool& more);
+  // True if some line of text is longer than 511 characters.
+  static bool HasOverlongLine(const propstring& text);
 
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
   // (NUL-terminated) and logs a read error or an over-long line under

@@ -5,7 +5,6 @@
 #include <assert.h>
 
 #include <algorithm>
-#include <fstream>
 
 #include "PropertyFile.h"
 
@@ -94,12 +93,11 @@ void JavaPropertiesPersistence::DoStore() {
 }
 
 void JavaPropertiesPersistence::DoLoad(JavaProperties& store) {
-  std::ifstream in(m_filePath.c_str(), std::ios::in);
-  if (!in.is_open()) {
-    Log(1, kCanNotRead, m_filePath.c_str());
-    return;
-  }
-  store.Load(in);
+  // The result of the load is not looked at: a read error has been logged,
+  // and what was read before it counts.
+  bool opened = false;
+  store.LoadFile(m_filePath, opened);
+  if (!opened) Log(1, kCanNotRead, m_filePath.c_str());
 }
 
 void JavaPropertiesPersistence::DoLoadAll() {

@@ -130,6 +130,33 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
   return kWritten;
 }
 
+PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
+                                                 propstring& text) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return kCannotOpen;
+  struct stat info;
+  ReadResult result = kReadLineByLine;
+  if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
+    // The size is only a hint: the file may grow or shrink meanwhile.
+    text.resize(static_cast<size_t>(info.st_size) + 1);
+    size_t filled = 0;
+    for (;;) {
+      if (filled == text.size()) text.resize(text.size() * 2);
+      const ssize_t got = ::read(fd, &text[filled], text.size() - filled);
+      if (got < 0 && errno == EINTR) continue;
+      if (got < 0) break;
+      if (got == 0) {
+        text.resize(filled);
+        result = kReadWhole;
+        break;
+      }
+      filled += static_cast<size_t>(got);
+    }
+  }
+  ::close(fd);
+  return result;
+}
+
 bool PropertyFile::SafeWrites() {
 #ifdef PROPERTIES_SAFE_WRITES
   return true;

@@ -14,6 +14,9 @@
 //    to the in-place way.
 // Replace() uses the atomic way in a library built with
 // -DPROPERTIES_SAFE_WRITES=ON, the in-place way otherwise.
+//
+// ReadWhole() reads a file in one go for the library's own loads, which then
+// parse it in memory; whatever it cannot take whole is read line by line.
 
 #ifndef SRC_PROPERTYFILE_H_
 #define SRC_PROPERTYFILE_H_
@@ -36,6 +39,15 @@ class PropertyFile {
                                   const propstring& text);
   // True if Replace() is ReplaceAtomically() in this build.
   static bool SafeWrites();
+
+  enum ReadResult {
+    kReadWhole,      // text holds the whole content.
+    kCannotOpen,     // The file could not be opened.
+    kReadLineByLine  // Opened, but not to be read whole: not a regular file
+                     // (a device may never end) or a read error occurred.
+  };
+  // Reads the whole content of the file at path into text.
+  static ReadResult ReadWhole(const propstring& path, propstring& text);
 };
 
 #endif  // SRC_PROPERTYFILE_H_
