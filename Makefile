@@ -6,12 +6,13 @@
 #   make tsan   the concurrency tests under ThreadSanitizer
 #   make valgrind  the demo and every test under valgrind's memcheck
 #   make fuzz   every fuzz target for FUZZ_SECONDS (default 60) with libFuzzer
+#   make bench  the benchmarks (build-bench/results.json, results.md; BENCH_ARGS)
 
 BUILD_DIR ?= build
 CMAKE_ARGS ?=
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all demo test asan tsan valgrind fuzz deps configure clean
+.PHONY: all demo test asan tsan valgrind fuzz bench deps configure clean
 
 all: test
 
@@ -38,11 +39,13 @@ asan: deps
 	ctest --test-dir build-asan --output-on-failure -j $(JOBS)
 
 # Only the tests that run threads: death tests and TSan do not mix well.
+# This build also logs to standard error, which LogTests checks.
 tsan: deps
 	cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DPROPERTIES_WERROR=ON -DPROPERTIES_SANITIZE=thread \
-	  -DPROPERTIES_BUILD_EXAMPLES=OFF
-	cmake --build build-tsan -j $(JOBS) --target PropertiesTests
+	  -DPROPERTIES_LOG=stderr -DPROPERTIES_BUILD_EXAMPLES=OFF
+	cmake --build build-tsan -j $(JOBS) --target PropertiesTests LogTests
+	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/LogTests
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/PropertiesTests \
 	  --gtest_filter='ConcurrencyTest.*:*ReaderWriterTest.*:NativeValueTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
 
@@ -57,7 +60,7 @@ valgrind: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
 	$(VALGRIND) $(BUILD_DIR)/examples/PropertiesDemo
 	$(VALGRIND) $(BUILD_DIR)/tests/PropertiesTests --gtest_brief=1
-	$(VALGRIND) $(BUILD_DIR)/tests/DiscardingLogTests --gtest_brief=1
+	$(VALGRIND) $(BUILD_DIR)/tests/LogTests --gtest_brief=1
 
 # Every fuzz target built with clang, libFuzzer and ASan+UBSan, each run for
 # FUZZ_SECONDS on its corpus. New inputs go to build-fuzz/corpus/<target>
@@ -84,6 +87,23 @@ fuzz:
 	    -print_final_stats=1 -artifact_prefix=build-fuzz/artifacts/$$f/ \
 	    build-fuzz/corpus/$$f fuzz/corpus/$$f; \
 	done
+
+# Google Benchmark, Release build; medians of 5 repetitions go to
+# build-bench/results.json and, as markdown tables, to build-bench/results.md.
+# A quick run: make bench BENCH_ARGS=--benchmark_min_time=0.01
+BENCH_ARGS ?=
+
+bench:
+	@sh tools/install-deps.sh bench
+	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release \
+	  -DPROPERTIES_BUILD_BENCHMARKS=ON -DPROPERTIES_BUILD_TESTS=OFF
+	cmake --build build-bench -j $(JOBS) --target PropertiesBenchmark
+	build-bench/bench/PropertiesBenchmark --benchmark_repetitions=5 \
+	  --benchmark_report_aggregates_only=true \
+	  --benchmark_out=build-bench/results.json --benchmark_out_format=json \
+	  $(BENCH_ARGS)
+	python3 bench/report.py build-bench/results.json > build-bench/results.md
+	@echo "Tables: build-bench/results.md"
 
 clean:
 	rm -rf $(BUILD_DIR) build-asan build-tsan

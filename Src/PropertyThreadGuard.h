@@ -33,8 +33,10 @@ pthread_mutex_t* PropertyCreateNewMutex();
 // REQUIRES: mutex is not null and not locked.
 void PropertyDeleteMutex(pthread_mutex_t* mutex);
 
-// printf-style logging entry point. Discards everything in this build and
-// never reads its arguments. The library logs at level 1 only.
+// printf-style logging entry point. The library logs at level 1 only.
+// By default it discards everything and never reads its arguments. A library
+// built with -DPROPERTIES_LOG=stderr writes each message to standard error
+// as one line: "libproperties[<level>]: <formatted text>".
 void Log(int level, char* format, ...);
 
 // Locks a mutex for the lifetime of the guard, also when an exception leaves
