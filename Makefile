@@ -6,6 +6,8 @@
 #   make tsan   the concurrency tests under ThreadSanitizer
 #   make valgrind  the demo and every test under valgrind's memcheck
 #   make fuzz   every fuzz target for FUZZ_SECONDS (default 60) with libFuzzer
+#   make install-check  install to a scratch prefix and build a consumer
+#   make abi-check      compare the binary interface with abi/
 #   make bench  the benchmarks (build-bench/results.json, results.md; BENCH_ARGS)
 
 BUILD_DIR ?= build
@@ -107,3 +109,20 @@ bench:
 
 clean:
 	rm -rf $(BUILD_DIR) build-asan build-tsan
+
+# The installed tree: installs the build to a scratch prefix and builds and
+# runs a program against it through the CMake package and through pkg-config
+# (tests/consumer/run.sh; the CTest test InstalledConsumer, label "install").
+# The binary interface: compares libproperties.so.1 with the baseline in abi/
+# (tools/check-abi.sh; after an intended change:
+# tools/check-abi.sh --update $(BUILD_DIR)).
+.PHONY: install-check abi-check
+
+install-check: configure
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+	ctest --test-dir $(BUILD_DIR) --output-on-failure -L install
+
+abi-check: configure
+	@sh tools/install-deps.sh abi
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target properties TextNumbers
+	sh tools/check-abi.sh $(BUILD_DIR)

@@ -4,6 +4,9 @@
 #   install-deps.sh            what `make demo` and `make test` need
 #   install-deps.sh valgrind   and valgrind
 #   install-deps.sh fuzz       and clang with its libFuzzer runtime
+#   install-deps.sh abi        and abigail-tools (tools/check-abi.sh)
+#   install-deps.sh bench      and Google Benchmark with the libraries the
+#                              benchmarks compare against
 set -eu
 
 missing=""
@@ -19,6 +22,8 @@ need libgtest-dev test -f /usr/include/gtest/gtest.h
 need libgmock-dev test -f /usr/include/gmock/gmock.h
 # The locale tests build a German locale from these sources.
 need locales test -d /usr/share/i18n/locales
+# The test of the installed tree builds a program through pkg-config.
+need pkg-config command -v pkg-config
 for extra in "$@"; do
   case "$extra" in
     valgrind) need valgrind command -v valgrind ;;
@@ -26,6 +31,15 @@ for extra in "$@"; do
       need clang command -v clang++
       need libclang-rt-14-dev sh -c 'ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a'
       ;;
+    bench)
+      need libbenchmark-dev test -f /usr/include/benchmark/benchmark.h
+      need pkg-config command -v pkg-config
+      need libinih-dev test -f /usr/include/ini.h
+      need libsimpleini-dev test -f /usr/include/SimpleIni.h
+      need libboost-dev test -f /usr/include/boost/property_tree/ini_parser.hpp
+      need libglib2.0-dev test -f /usr/include/glib-2.0/glib.h
+      ;;
+    abi) need abigail-tools command -v abidiff ;;
     *) echo "install-deps.sh: unknown extra '$extra'" >&2; exit 2 ;;
   esac
 done

@@ -1,0 +1,475 @@
+// PropctlTest.cpp - the commands, messages and exit codes of the propctl tool.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/ChildProcess.h"
+#include "support/StoreTesting.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+using test_support::LineOfLength;
+using test_support::ProgramResult;
+
+class PropctlTest : public testing::Test {
+ protected:
+  // The path of name in the test's own directory.
+  std::string Path(const std::string& name) const { return m_dir.File(name); }
+  // Writes text to name and returns its path.
+  std::string Write(const std::string& name, const std::string& text) const {
+    test_support::WriteFile(Path(name), text);
+    return Path(name);
+  }
+  std::string Read(const std::string& name) const {
+    return test_support::ReadFile(Path(name));
+  }
+  static ProgramResult Run(const std::vector<std::string>& args) {
+    std::vector<std::string> argv = {PROPERTIES_PROPCTL};
+    argv.insert(argv.end(), args.begin(), args.end());
+    return test_support::RunProgram(argv);
+  }
+
+  // Runs "propctl check" on text written to name; expects exit status 1 and
+  // the report lines given (each without the "<path>:" in front), or exit
+  // status 0 and no output if there are none.
+  testing::AssertionResult Reports(const std::string& name,
+                                   const std::string& text,
+                                   const std::vector<std::string>& lines);
+
+  test_support::TempDir m_dir;
+};
+
+// Success if the run ended with status and printed exactly out and err.
+testing::AssertionResult Ran(const ProgramResult& result, int status,
+                             const std::string& out, const std::string& err) {
+  if (result.status == status && result.out == out && result.err == err) {
+    return testing::AssertionSuccess();
+  }
+  return testing::AssertionFailure()
+         << "status " << result.status << ", out \"" << result.out
+         << "\", err \"" << result.err << "\"";
+}
+
+testing::AssertionResult PropctlTest::Reports(
+    const std::string& name, const std::string& text,
+    const std::vector<std::string>& lines) {
+  const std::string file = Write(name, text);
+  std::string out;
+  for (const std::string& line : lines) out += file + ":" + line + "\n";
+  return Ran(Run({"check", file}), lines.empty() ? 0 : 1, out, "");
+}
+
+const char kFlat[] = "port = 8080\n# comment\nname=demo\n";
+const char kIni[] = "[window]\nwidth=1024\n\n[panel]\nwidth=240\n";
+
+// get ----------------------------------------------------------------------
+
+TEST_F(PropctlTest, GetPrintsValueOfFlatKey) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"get", file, "port"}), 0, "8080\n", ""));
+}
+
+TEST_F(PropctlTest, GetPrintsValueOfKeyInSection) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"get", file, "panel", "width"}), 0, "240\n", ""));
+}
+
+TEST_F(PropctlTest, GetPrintsValueAsLibraryReadsIt) {
+  const std::string file = Write("f.properties", "k = \" a b \"  # note\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "k"}), 0, " a b \n", ""));
+}
+
+TEST_F(PropctlTest, GetOfAbsentKeyPrintsNothingAndExitsOne) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"get", file, "comment"}), 1, "", ""));
+}
+
+TEST_F(PropctlTest, GetOfKeyOfAnotherSectionExitsOne) {
+  const std::string file = Write("f.ini", "[a]\nk=1\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "b", "k"}), 1, "", ""));
+}
+
+TEST_F(PropctlTest, IniOptionReadsFileOfAnyNameAsIni) {
+  const std::string file = Write("f.conf", kIni);
+  EXPECT_TRUE(
+      Ran(Run({"--ini", "get", file, "window", "width"}), 0, "1024\n", ""));
+}
+
+TEST_F(PropctlTest, FlatOptionReadsIniNamedFileAsFlat) {
+  const std::string file = Write("f.ini", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"get", "--flat", file, "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, GetRefusesFileWithLineTheLibraryNeverReads) {
+  const std::string file =
+      Write("f.properties", "a=1\n" + LineOfLength(512) + "\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "a"}), 2, "",
+                  "propctl: " + file +
+                      ":2: line of 512 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
+}
+
+TEST_F(PropctlTest, GetOfMissingFileExitsTwo) {
+  const std::string file = Path("missing.properties");
+  EXPECT_TRUE(Ran(Run({"get", file, "a"}), 2, "",
+                  "propctl: " + file + ": No such file or directory\n"));
+}
+
+TEST_F(PropctlTest, GetRefusesDirectory) {
+  EXPECT_TRUE(Ran(Run({"get", m_dir.path(), "a"}), 2, "",
+                  "propctl: " + m_dir.path() + ": not a regular file\n"));
+}
+
+// set ----------------------------------------------------------------------
+
+TEST_F(PropctlTest, SetRejectsPlusSignedIntegerAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "integer", file, "port", "+5"}), 2, "",
+                  "Property 'port' can only contain 'an integer value'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetOfListPositionStoresElementText) {
+  const std::string file = Write("f.properties", "");
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type=list:red|green|blue", file, "color", "1"}), 0, "",
+          ""));
+  EXPECT_EQ("color=green\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetMergesIntoFlatFileAsLibraryRewritesIt) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "banner", "hello"}), 0, "", ""));
+  EXPECT_EQ("banner=hello\nname=demo\nport=8080\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetReplacesStoredTextThatTypeRejects) {
+  const std::string file = Write("f.properties", "port=abc\nx=1\n");
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "integer", file, "port", "9090"}), 0, "", ""));
+  EXPECT_EQ("port=9090\nx=1\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetCreatesSectionOfIniFile) {
+  const std::string file = Write("f.ini", "[window]\nwidth = 1024\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "panel", "width", "240"}), 0, "", ""));
+  EXPECT_EQ("[panel]\nwidth=240\n\n[window]\nwidth=1024\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetCreatesMissingFile) {
+  EXPECT_TRUE(Ran(Run({"set", Path("new.properties"), "k", "v"}), 0, "", ""));
+  EXPECT_EQ("k=v\n", Read("new.properties"));
+}
+
+TEST_F(PropctlTest, SetWritesHeaderGiven) {
+  const std::string file = Write("f.ini", ";old header\n[s]\nk=1\n");
+  EXPECT_TRUE(
+      Ran(Run({"set", "--header", "user interface", file, "s", "k", "2"}), 0,
+          "", ""));
+  EXPECT_EQ(";user interface\n[s]\nk=2\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetStoresTextFormOfType) {
+  const std::string file = Write("f.properties", "");
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "ip", file, "addr", "10.1"}), 0, "", ""));
+  EXPECT_EQ("addr=10.0.0.1\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetTakesWordsAfterDoubleDashAsOperands) {
+  const std::string file = Write("f.properties", "");
+  EXPECT_TRUE(Ran(Run({"set", file, "--", "k", "--x"}), 0, "", ""));
+  EXPECT_EQ("k=--x\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetTakesNegativeIntegerAsOperand) {
+  const std::string file = Write("f.properties", "");
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "integer", file, "n", "-12"}), 0, "", ""));
+  EXPECT_EQ("n=-12\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsHashInStringAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "name", "a#b"}), 2, "",
+                  "Property values can not contain character \"#\"\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsKeyTheLibraryRejects) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "a=b#", "v"}), 2, "",
+                  "Property key can not contain characters: '= #'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsEntryThatWouldReadBackDifferently) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "name", " x"}), 2, "",
+                  "propctl: the entry 'name' = ' x' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsEmptySectionName) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "", "k", "v"}), 2, "",
+                  "propctl: the entry 'k' = 'v' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRejectsEntryNeedingLineBeyondLimit) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(510, 'v')}), 2, "",
+                  "propctl: the entry would need a line of 512 characters; "
+                  "the library reads at most 511\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetAcceptsEntryOfLongestLine) {
+  const std::string file = Write("f.properties", "");
+  EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(509, 'v')}), 0, "", ""));
+  EXPECT_EQ("k=" + std::string(509, 'v') + "\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsDoubleWrittenBeyondLargestDouble) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "double", file, "d", "1.7976931348623157e308"}),
+          2, "",
+          "propctl: '1.7976931348623157e308' would be stored as "
+          "'1.79769313486232e+308', which the type refuses when read "
+          "back\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesFileWithLineTheLibraryNeverReads) {
+  const std::string text = LineOfLength(600) + "\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"set", file, "a", "1"}), 2, "",
+                  "propctl: " + file +
+                      ":1: line of 600 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetIntoMissingDirectoryExitsTwo) {
+  const std::string file = Path("missing/f.properties");
+  EXPECT_TRUE(Ran(Run({"set", file, "a", "1"}), 2, "",
+                  "propctl: " + file + ": No such file or directory\n"));
+}
+
+TEST_F(PropctlTest, SetRejectsUnknownType) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "int", file, "port", "1"}), 2, "",
+                  "propctl set: unknown type 'int'; try 'propctl help set'\n"));
+}
+
+TEST_F(PropctlTest, SetRejectsHeaderOfTwoLines) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--header", "a\nb=c", file, "k", "v"}), 2, "",
+                  "propctl set: the header must be one line of at most 510 "
+                  "characters; try 'propctl help set'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetInIniFileNeedsSection) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "width", "5"}), 2, "",
+                  "propctl set: missing VALUE; try 'propctl help set'\n"));
+}
+
+// list ---------------------------------------------------------------------
+
+TEST_F(PropctlTest, ListPrintsFlatEntriesInKeyOrder) {
+  const std::string file =
+      Write("f.properties", "b=2\n# c=3\na = \"1\"\nb=3\njunk\n");
+  EXPECT_TRUE(Ran(Run({"list", file}), 0, "a=1\nb=3\n", ""));
+}
+
+TEST_F(PropctlTest, ListPrintsIniSectionsAsLibraryWritesThem) {
+  const std::string file =
+      Write("f.ini", "x=0\n[b]\nk=1\n[a]\nk=2\nj=3\n[]\ny=4\n");
+  EXPECT_TRUE(Ran(Run({"list", file}), 0, "[a]\nj=3\nk=2\n\n[b]\nk=1\n\n", ""));
+}
+
+// check --------------------------------------------------------------------
+
+TEST_F(PropctlTest, CheckReportsLineTheLibraryNeverReadsWithItsNumber) {
+  EXPECT_TRUE(Reports("f.properties", "a=1\n" + LineOfLength(512) + "\nb=2\n",
+                      {"2: line of 512 characters: the library's reader "
+                       "never returns on a line of 512 or more"}));
+}
+
+TEST_F(PropctlTest, CheckReportsLineOfLongestLength) {
+  EXPECT_TRUE(Reports("f.properties", LineOfLength(511) + "\n",
+                      {"1: line of 511 characters: the longest the reader "
+                       "takes; one more and the file cannot be read"}));
+}
+
+TEST_F(PropctlTest, CheckAcceptsLineOneShorterThanLongest) {
+  EXPECT_TRUE(Reports("f.properties", LineOfLength(510) + "\n", {}));
+}
+
+TEST_F(PropctlTest, CheckReportsRepeatedFlatKey) {
+  EXPECT_TRUE(Reports("f.properties", "a=1\nb=2\n a = 3\n",
+                      {"3: key 'a' repeats line 1: the last value wins"}));
+}
+
+TEST_F(PropctlTest, CheckReportsRepeatedKeyWithinOneSectionOnly) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\na=1\n[t]\na=2\na=3\n",
+                      {"5: key 'a' repeats line 4 in section 't': the last "
+                       "value wins"}));
+}
+
+TEST_F(PropctlTest, CheckReportsRepeatedSection) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\na=1\n[t]\n[s]\nb=2\n",
+                      {"4: section 's' repeats line 1: the earlier entries "
+                       "are dropped"}));
+}
+
+TEST_F(PropctlTest, CheckReportsEntryBeforeFirstSection) {
+  EXPECT_TRUE(Reports("f.ini", ";header\na=1\n[s]\nb=2\n",
+                      {"2: entry before the first section: dropped"}));
+}
+
+TEST_F(PropctlTest, CheckReportsEntryUnderEmptySectionName) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\na=1\n[]\nb=2\n",
+                      {"4: entry under an empty section name: dropped"}));
+}
+
+TEST_F(PropctlTest, CheckReportsFlatLineWithoutEquals) {
+  EXPECT_TRUE(Reports(
+      "f.properties", "#header\n\n \t\njunk\n[s]\na=1\n",
+      {"4: no '=': the line is ignored", "5: no '=': the line is ignored"}));
+}
+
+TEST_F(PropctlTest, CheckReportsIniLineWithoutEqualsThatIsNoHeader) {
+  EXPECT_TRUE(Reports("f.ini", ";header\n[s]\n  ; note\njunk\n",
+                      {"4: no '=': the line is ignored"}));
+}
+
+TEST_F(PropctlTest, CheckReportsHashInsideQuotesOfFlatValue) {
+  EXPECT_TRUE(Reports("f.properties", "a=\"x#y\"\nb=\"x\" # note\n",
+                      {"1: '#' inside quotes starts a comment: the rest of "
+                       "the line is ignored"}));
+}
+
+TEST_F(PropctlTest, CheckReportsSemicolonInsideQuotesOfIniValue) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\na = \"x;y\"\nb=\"#\"\n",
+                      {"2: ';' inside quotes starts a comment: the rest of "
+                       "the line is ignored"}));
+}
+
+TEST_F(PropctlTest, CheckReportsHeaderWithoutClosingBracket) {
+  EXPECT_TRUE(Reports("f.ini", "[abc\na=1\n",
+                      {"1: section header without ']': read as section "
+                       "'abc'"}));
+}
+
+TEST_F(PropctlTest, CheckReportsTextAfterHeader) {
+  EXPECT_TRUE(Reports("f.ini", "[s] x=1\n", {"1: text after ']' is ignored"}));
+}
+
+TEST_F(PropctlTest, CheckReportsNulByte) {
+  EXPECT_TRUE(Reports("f.properties", "a=12\0003\n"s,
+                      {"1: NUL byte: the reader ignores the rest of the "
+                       "line"}));
+}
+
+TEST_F(PropctlTest, CheckReportsByteOrderMark) {
+  EXPECT_TRUE(Reports("f.properties", "\xEF\xBB\xBFname=x\n",
+                      {"1: UTF-8 byte-order mark: read as part of the first "
+                       "line"}));
+}
+
+TEST_F(PropctlTest, CheckAcceptsCleanIniFile) {
+  EXPECT_TRUE(Reports("f.ini",
+                      ";header\n\n[ s ] ; note\n#k = \" v \"\nx=[1]\n\n"
+                      "\"[t]\"\nk=v\r\n",
+                      {}));
+}
+
+TEST_F(PropctlTest, CheckAcceptsCleanFlatFile) {
+  EXPECT_TRUE(
+      Reports("f.properties", "#header\na=b=c\n;k=\" v \"  # note\n", {}));
+}
+
+TEST_F(PropctlTest, CheckOfMissingFileExitsTwo) {
+  const std::string file = Path("missing.ini");
+  EXPECT_TRUE(Ran(Run({"check", file}), 2, "",
+                  "propctl: " + file + ": No such file or directory\n"));
+}
+
+// help and usage -----------------------------------------------------------
+
+TEST_F(PropctlTest, EveryFormOfHelpPrintsTheSameTextAndExitsZero) {
+  for (const std::string command : {"get", "set", "list", "check", "help"}) {
+    const ProgramResult help = Run({"help", command});
+    EXPECT_EQ(0, help.status);
+    EXPECT_EQ("Usage: propctl " + command,
+              help.out.substr(0, help.out.find(' ', 15)));
+    EXPECT_TRUE(Ran(Run({command, "--help"}), 0, help.out, "")) << command;
+  }
+}
+
+TEST_F(PropctlTest, ToolHelpIsPrintedByOptionAndCommand) {
+  const ProgramResult help = Run({"--help"});
+  EXPECT_EQ(
+      "Usage: propctl [--flat | --ini] COMMAND [OPTIONS] FILE [SECTION] "
+      "...",
+      help.out.substr(0, help.out.find('\n')));
+  EXPECT_TRUE(Ran(Run({"help"}), 0, help.out, ""));
+}
+
+TEST_F(PropctlTest, NoArgumentsExitsTwoWithHint) {
+  EXPECT_TRUE(
+      Ran(Run({}), 2, "", "propctl: missing command; try 'propctl --help'\n"));
+}
+
+TEST_F(PropctlTest, UnknownCommandExitsTwoWithHint) {
+  EXPECT_TRUE(Ran(Run({"frob"}), 2, "",
+                  "propctl: unknown command 'frob'; try 'propctl --help'\n"));
+}
+
+TEST_F(PropctlTest, HelpOfUnknownCommandExitsTwo) {
+  EXPECT_TRUE(Ran(Run({"help", "frob"}), 2, "",
+                  "propctl: unknown command 'frob'; try 'propctl --help'\n"));
+}
+
+TEST_F(PropctlTest, MissingOperandIsNamed) {
+  EXPECT_TRUE(Ran(Run({"get", Path("f.properties")}), 2, "",
+                  "propctl get: missing KEY; try 'propctl help get'\n"));
+}
+
+TEST_F(PropctlTest, SectionForFlatFileIsOneOperandTooMany) {
+  EXPECT_TRUE(Ran(Run({"get", Path("f.properties"), "s", "k"}), 2, "",
+                  "propctl get: too many operands; try 'propctl help get'\n"));
+}
+
+TEST_F(PropctlTest, UnknownOptionExitsTwoWithHint) {
+  EXPECT_TRUE(Ran(Run({"list", "--bogus", Path("f.properties")}), 2, "",
+                  "propctl list: option '--bogus' is unknown; try 'propctl "
+                  "help list'\n"));
+}
+
+TEST_F(PropctlTest, OptionOfSetIsRefusedByOtherCommands) {
+  EXPECT_TRUE(Ran(Run({"get", "--type", "integer", Path("f.properties"), "k"}),
+                  2, "",
+                  "propctl get: option '--type' belongs to 'set'; try "
+                  "'propctl help get'\n"));
+}
+
+TEST_F(PropctlTest, OptionWithoutItsArgumentExitsTwo) {
+  EXPECT_TRUE(Ran(Run({"set", "--header"}), 2, "",
+                  "propctl set: option '--header' needs an argument; try "
+                  "'propctl help set'\n"));
+}
+
+}  // namespace

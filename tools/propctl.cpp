@@ -1,0 +1,647 @@
+// propctl.cpp - reads, changes and checks property files from the shell,
+// with the library's own readers, writers, value types and file bindings, so
+// that a file is read and rewritten exactly as a program using the library
+// would read and rewrite it.
+//
+//   propctl get server.properties port
+//   propctl set --type integer server.properties port 9090
+//   propctl set ui.ini window title Demo
+//   propctl list ui.ini
+//   propctl check ui.ini
+//
+// The commands, options and exit codes are described in propctl.1 and by
+// "propctl help".
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "BooleanProperty.h"
+#include "DoubleProperty.h"
+#include "IniProperties.h"
+#include "IntegerProperty.h"
+#include "IpAddrProperty.h"
+#include "JavaProperties.h"
+#include "ListProperty.h"
+#include "Properties.h"
+#include "Property.h"
+#include "StringProperty.h"
+#include "propctl/FileCheck.h"
+
+// The tool reports every problem itself; the library's log lines (in a build
+// that logs to standard error) would only mix into its output. This
+// definition takes the place of the library's for this program.
+void Log(int, char*, ...) {}
+
+namespace {
+
+enum ExitStatus { kSuccess = 0, kNegative = 1, kTrouble = 2 };
+
+// The longest header text: "#" or ";" and it fill the reader's longest line.
+const size_t kLongestHeader = 510;
+
+// A mistake in the command line, reported with a hint to the help text.
+struct UsageError {
+  std::string command;  // "" if no command was recognised.
+  std::string message;
+};
+
+// Anything else that stops a command, reported as "propctl: <message>".
+struct Failure {
+  std::string message;
+};
+
+// The command line, parsed.
+struct Invocation {
+  std::string command;
+  bool help = false;
+  std::optional<FileFormat> format;   // --flat or --ini, the last one given.
+  std::optional<std::string> type;    // --type
+  std::optional<std::string> header;  // --header
+  std::vector<std::string> operands;
+};
+
+// The entry a command works on: FILE [SECTION] KEY [VALUE].
+struct Target {
+  std::string path;
+  FileFormat format = FileFormat::kFlat;
+  std::string section;  // INI files only.
+  std::string key;
+  std::string value;  // set only.
+};
+
+// A --type argument: the library's type name and a text that the type
+// accepts when the property is made (for a list: its choices).
+struct ValueType {
+  const char* typeName;
+  std::string initial;
+};
+
+bool EndsWith(const std::string& text, const std::string& end) {
+  return text.size() >= end.size() &&
+         text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+std::string Quoted(const std::string& text) { return "'" + text + "'"; }
+
+// ---------------------------------------------------------------- help --
+
+const char kToolHelp[] =
+    "Usage: propctl [--flat | --ini] COMMAND [OPTIONS] FILE [SECTION] ...\n"
+    "\n"
+    "Reads, changes and checks property files exactly as libproperties\n"
+    "reads and writes them.\n"
+    "\n"
+    "Commands:\n"
+    "  get FILE [SECTION] KEY        print the value of KEY\n"
+    "  set [--type TYPE] [--header TEXT] FILE [SECTION] KEY VALUE\n"
+    "                                check VALUE as TYPE and store it\n"
+    "  list FILE                     print the entries as the library reads "
+    "them\n"
+    "  check FILE                    report lines the library reads "
+    "differently\n"
+    "                                from what they seem to say\n"
+    "  help [COMMAND]                show this help or a command's help\n"
+    "\n"
+    "Options:\n"
+    "  --flat   FILE is a flat key=value file\n"
+    "  --ini    FILE is a sectioned INI file (SECTION is then required)\n"
+    "  --help   show the help of the command given, or this help\n"
+    "Without --flat or --ini, a FILE whose name ends in \".ini\" is an INI\n"
+    "file and any other FILE a flat file. Options may stand anywhere before\n"
+    "a \"--\" argument; every word after \"--\" is an operand.\n"
+    "\n"
+    "Exit status: 0 success; 1 no such entry (get) or warnings (check);\n"
+    "2 usage error, rejected value, or a file that cannot be read or "
+    "written.\n";
+
+const char kGetHelp[] =
+    "Usage: propctl get [--flat | --ini] FILE [SECTION] KEY\n"
+    "\n"
+    "Prints the value of KEY (in an INI file: of KEY in SECTION) as the\n"
+    "library reads it, followed by a line feed.\n"
+    "\n"
+    "Exit status: 0 printed; 1 no such entry (nothing is printed); 2 usage\n"
+    "error, or FILE cannot be read (missing, not a regular file, or holding\n"
+    "a line of 512 or more characters, on which the library never returns).\n";
+
+const char kSetHelp[] =
+    "Usage: propctl set [--flat | --ini] [--type TYPE] [--header TEXT]\n"
+    "                   FILE [SECTION] KEY VALUE\n"
+    "\n"
+    "Checks VALUE with the library's value type TYPE and stores it under KEY\n"
+    "(in an INI file: in SECTION, which is created if needed) through a\n"
+    "read-write binding of the library. The file is read, merged and\n"
+    "rewritten by the library: other entries and sections are kept, while\n"
+    "comments, blank lines, quotes and order are not. FILE is created if it\n"
+    "does not exist. What is stored is the type's text form of VALUE (an\n"
+    "integer 007 is stored as 7, a list position as the element's text).\n"
+    "\n"
+    "Options:\n"
+    "  --type TYPE     boolean, integer, double, string (the default), ip,\n"
+    "                  or list:A|B|C (the choices; VALUE is one of them or\n"
+    "                  its position from 0)\n"
+    "  --header TEXT   the comment line the rewritten file starts with\n"
+    "                  (default: none); one line of at most 510 characters\n"
+    "\n"
+    "A value the type rejects is reported with the library's message, for\n"
+    "example \"Property 'port' can only contain 'an integer value'\", and the\n"
+    "file is left unchanged. So is an entry that the file would read back\n"
+    "differently (keys and values are written verbatim: blanks at either\n"
+    "end, a leading '\"', a comment character, or a line longer than 511\n"
+    "characters do not survive).\n"
+    "\n"
+    "Exit status: 0 stored; 2 usage error, rejected value or entry, or FILE\n"
+    "cannot be read or written (FILE is left as it was, unless the library's\n"
+    "own rewrite of it failed).\n";
+
+const char kListHelp[] =
+    "Usage: propctl list [--flat | --ini] FILE\n"
+    "\n"
+    "Prints the entries of FILE as the library reads them, in the form and\n"
+    "order its writer uses (without a header comment): a flat file as\n"
+    "key=value lines in byte order of the keys; an INI file as each section's\n"
+    "[name] line, its key=value lines and an empty line, sections in byte\n"
+    "order. Comments, dropped and repeated entries do not appear.\n"
+    "\n"
+    "Exit status: 0 printed; 2 usage error, or FILE cannot be read.\n";
+
+const char kCheckHelp[] =
+    "Usage: propctl check [--flat | --ini] FILE\n"
+    "\n"
+    "Reports, one per line as FILE:LINE: message, every line that the\n"
+    "library reads differently from what it seems to say: lines of 512 or\n"
+    "more characters (the library's reader never returns on them) and of\n"
+    "exactly 511 (the longest it takes), repeated keys (the last one wins),\n"
+    "lines without '=' that are no comment or header (ignored), comment\n"
+    "characters inside quotes ('#' in flat files, ';' in INI files: the\n"
+    "comment is cut first), NUL bytes and a UTF-8 byte-order mark. In INI\n"
+    "files also: entries before the first section or under an empty section\n"
+    "name (dropped), repeated sections (the last one replaces the earlier\n"
+    "ones), header lines without ']' and text after a header's ']'.\n"
+    "FILE is read as raw lines; the library's reader is not run on it.\n"
+    "\n"
+    "Exit status: 0 no warnings; 1 warnings; 2 usage error, or FILE cannot\n"
+    "be read.\n";
+
+const char kHelpHelp[] =
+    "Usage: propctl help [COMMAND]\n"
+    "\n"
+    "Shows the help of COMMAND (get, set, list, check, help), or of propctl.\n"
+    "\n"
+    "Exit status: 0; 2 for an unknown COMMAND.\n";
+
+// ------------------------------------------------------- command line --
+
+bool IsOption(const std::string& word) {
+  return word.size() > 2 && word.compare(0, 2, "--") == 0;
+}
+
+// Takes the option args[i] (and its argument, if it has one) into
+// invocation.
+void TakeOption(const std::vector<std::string>& args, size_t& i,
+                Invocation& invocation) {
+  const std::string& word = args[i];
+  const size_t equals = word.find('=');
+  const std::string name = word.substr(0, equals);
+  auto fail = [&](const std::string& problem) {
+    throw UsageError{invocation.command, "option " + Quoted(name) + problem};
+  };
+  if (name == "--flat" || name == "--ini" || name == "--help") {
+    if (equals != std::string::npos) fail(" takes no argument");
+    if (name == "--help") {
+      invocation.help = true;
+    } else {
+      invocation.format =
+          name == "--ini" ? FileFormat::kIni : FileFormat::kFlat;
+    }
+    return;
+  }
+  if (name != "--type" && name != "--header") fail(" is unknown");
+  if (equals == std::string::npos && i + 1 == args.size()) {
+    fail(" needs an argument");
+  }
+  const std::string argument =
+      equals != std::string::npos ? word.substr(equals + 1) : args[++i];
+  (name == "--type" ? invocation.type : invocation.header) = argument;
+}
+
+Invocation ParseCommandLine(const std::vector<std::string>& args) {
+  Invocation invocation;
+  bool haveCommand = false;
+  bool optionsEnded = false;
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (!optionsEnded && args[i] == "--") {
+      optionsEnded = true;
+    } else if (!optionsEnded && IsOption(args[i])) {
+      TakeOption(args, i, invocation);
+    } else if (!haveCommand) {
+      invocation.command = args[i];
+      haveCommand = true;
+    } else {
+      invocation.operands.push_back(args[i]);
+    }
+  }
+  return invocation;
+}
+
+FileFormat FormatOf(const Invocation& invocation, const std::string& path) {
+  if (invocation.format) return *invocation.format;
+  return EndsWith(path, ".ini") ? FileFormat::kIni : FileFormat::kFlat;
+}
+
+// The operand slot of target named name ("SECTION", "KEY" or "VALUE").
+std::string& Slot(Target& target, const std::string& name) {
+  if (name == "SECTION") return target.section;
+  return name == "KEY" ? target.key : target.value;
+}
+
+// FILE and then the operands named in afterFile, of which SECTION is taken
+// for INI files only.
+Target TakeOperands(const Invocation& invocation,
+                    const std::vector<std::string>& afterFile) {
+  const std::vector<std::string>& operands = invocation.operands;
+  auto fail = [&](const std::string& problem) {
+    throw UsageError{invocation.command, problem};
+  };
+  if (operands.empty()) fail("missing FILE");
+  // The library takes an empty file name for a programming error.
+  if (operands[0].empty()) fail("FILE is empty");
+  Target target;
+  target.path = operands[0];
+  target.format = FormatOf(invocation, target.path);
+  std::vector<std::string> names;
+  for (const std::string& name : afterFile) {
+    if (name != "SECTION" || target.format == FileFormat::kIni) {
+      names.push_back(name);
+    }
+  }
+  if (operands.size() - 1 > names.size()) fail("too many operands");
+  if (operands.size() - 1 < names.size()) {
+    fail("missing " + names[operands.size() - 1]);
+  }
+  for (size_t i = 0; i < names.size(); ++i) {
+    Slot(target, names[i]) = operands[i + 1];
+  }
+  return target;
+}
+
+// ---------------------------------------------------------------- files --
+
+std::string SystemError(const std::string& path) {
+  return path + ": " + std::strerror(errno);
+}
+
+// The whole content of the regular file at path (symbolic links followed).
+// Throws Failure if it cannot be read. Other kinds of files are refused:
+// a device can read without end, and opening a FIFO can wait for ever.
+std::string ReadRegularFile(const std::string& path) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) throw Failure{SystemError(path)};
+  struct stat status;
+  const bool statFailed = ::fstat(fd, &status) != 0;
+  if (statFailed || !S_ISREG(status.st_mode)) {
+    const Failure failure{statFailed ? SystemError(path)
+                                     : path + ": not a regular file"};
+    ::close(fd);
+    throw failure;
+  }
+  std::string text;
+  char buffer[65536];
+  ssize_t got;
+  while ((got = ::read(fd, buffer, sizeof buffer)) != 0) {
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      const Failure failure{SystemError(path)};
+      ::close(fd);
+      throw failure;
+    }
+    text.append(buffer, static_cast<size_t>(got));
+  }
+  ::close(fd);
+  return text;
+}
+
+// ReadRegularFile, refusing a file that the library's reader would never
+// return on.
+std::string ReadPropertyFile(const std::string& path) {
+  const std::string text = ReadRegularFile(path);
+  size_t length = 0;
+  if (const int line = FindUnreadableLine(text, length)) {
+    throw Failure{path + ":" + std::to_string(line) + ": line of " +
+                  std::to_string(length) +
+                  " characters; the library cannot read this file (see "
+                  "'propctl check')"};
+  }
+  return text;
+}
+
+std::string DirectoryOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Throws Failure unless the library can read path (if it exists) and write
+// it. A binding writes only the bound entries over a file it could not read,
+// and reports nothing when a write fails, so both are checked first.
+void RequireBindable(const std::string& path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) == 0) {
+    ReadPropertyFile(path);
+    if (::access(path.c_str(), W_OK) != 0) throw Failure{SystemError(path)};
+  } else if (errno != ENOENT) {
+    throw Failure{SystemError(path)};
+  } else if (::access(DirectoryOf(path).c_str(), W_OK | X_OK) != 0) {
+    throw Failure{SystemError(path)};
+  }
+}
+
+// ------------------------------------------------------ library access --
+
+// The library's table of one file format: read, looked up and written with
+// JavaProperties or IniProperties.
+class FileStore {
+ public:
+  explicit FileStore(FileFormat format) : m_format(format) {}
+
+  // Reads text as the library reads a file.
+  // REQUIRES: no line of text holds 512 or more characters.
+  void Parse(const std::string& text) {
+    std::istringstream in(text);
+    if (m_format == FileFormat::kIni) {
+      m_ini.Load(in);
+    } else {
+      m_flat.Load(in);
+    }
+  }
+  bool Get(const Target& target, std::string& value) const {
+    return m_format == FileFormat::kIni
+               ? m_ini.GetProperty(target.section, target.key, value)
+               : m_flat.GetProperty(target.key, value);
+  }
+  void Put(const Target& target, const std::string& value) {
+    if (m_format == FileFormat::kIni) {
+      m_ini.SetProperty(target.section, target.key, value);
+    } else {
+      m_flat.SetProperty(target.key, value);
+    }
+  }
+  // What the library's writer writes for the table.
+  std::string Text(const std::string& header) const {
+    return m_format == FileFormat::kIni ? m_ini.ToText(header)
+                                        : m_flat.ToText(header);
+  }
+
+ private:
+  FileFormat m_format;
+  JavaProperties m_flat;
+  IniProperties m_ini;
+};
+
+FileStore ReadStore(const Target& target) {
+  FileStore store(target.format);
+  store.Parse(ReadPropertyFile(target.path));
+  return store;
+}
+
+ValueType TypeOf(const Invocation& invocation) {
+  const std::string name = invocation.type.value_or("string");
+  const std::string listPrefix = "list:";
+  if (name.compare(0, listPrefix.size(), listPrefix) == 0) {
+    return ValueType{ListProperty::kTypeName, name.substr(listPrefix.size())};
+  }
+  if (name == "boolean") return ValueType{BooleanProperty::kTypeName, "false"};
+  if (name == "integer") return ValueType{IntegerProperty::kTypeName, "0"};
+  if (name == "double") return ValueType{DoubleProperty::kTypeName, "0"};
+  if (name == "string") return ValueType{StringProperty::kTypeName, ""};
+  if (name == "ip") return ValueType{IpAddrProperty::kTypeName, "0.0.0.0"};
+  throw UsageError{invocation.command, "unknown type " + Quoted(name)};
+}
+
+// A property of type for target's entry that belongs to no manager.
+// Throws Property::WrongValue if the library rejects the key.
+std::unique_ptr<Property> NewProperty(const Target& target,
+                                      const ValueType& type) {
+  Properties* library = Properties::GetInstance();
+  Property* property =
+      target.format == FileFormat::kIni
+          ? library->GetIniPropertyFactory()->CreateProperty(
+                type.typeName, target.section, target.key, type.initial)
+          : library->GetJavaPropertyFactory()->CreateProperty(
+                type.typeName, target.key, type.initial);
+  if (property == nullptr) throw Failure{"the library lacks a value type"};
+  return std::unique_ptr<Property>(property);
+}
+
+// The text the library stores for target.value. The value is tried on a
+// property of its own first, so that a rejected value never reaches the
+// file. Throws Property::WrongValue if the type rejects it.
+std::string StoredText(const Target& target, const ValueType& type) {
+  std::unique_ptr<Property> property = NewProperty(target, type);
+  property->SetValue(target.value);
+  const std::string stored = property->GetValue();
+  try {
+    // A double near the largest one is written rounded up, to a text that
+    // its own type then refuses when the file is read.
+    property->SetValue(stored);
+  } catch (const Property::WrongValue&) {
+    throw Failure{Quoted(target.value) + " would be stored as " +
+                  Quoted(stored) + ", which the type refuses when read back"};
+  }
+  return stored;
+}
+
+// Throws Failure unless the library reads the entry back as it writes it.
+// Keys and values are written verbatim, and a line of 512 or more
+// characters would make the whole file unreadable.
+void RequireReadBack(const Target& target, const std::string& stored) {
+  FileStore written(target.format);
+  written.Put(target, stored);
+  const std::string text = written.Text("");
+  size_t length = 0;
+  if (FindUnreadableLine(text, length) != 0) {
+    throw Failure{"the entry would need a line of " + std::to_string(length) +
+                  " characters; the library reads at most 511"};
+  }
+  FileStore reread(target.format);
+  reread.Parse(text);
+  if (reread.Text("") != text) {
+    throw Failure{"the entry " + Quoted(target.key) + " = " + Quoted(stored) +
+                  " would not read back as written (see 'propctl help set')"};
+  }
+}
+
+void RequireHeader(const Invocation& invocation) {
+  const std::string header = invocation.header.value_or("");
+  if (header.find('\n') != std::string::npos ||
+      header.size() > kLongestHeader) {
+    throw UsageError{invocation.command,
+                     "the header must be one line of at most 510 characters"};
+  }
+}
+
+// Sets target.value through a read-write binding of the library, which
+// merges it into the file and rewrites the file.
+void StoreThroughBinding(const Target& target, const ValueType& type,
+                         const std::string& header) {
+  Properties* library = Properties::GetInstance();
+  // Registering a key that the file holds loads it and rewrites the file at
+  // once (a stored text the type rejects is left for the rewrite below).
+  if (target.format == FileFormat::kIni) {
+    IniPropertyManager* manager = library->GetIniPropertyManager("propctl.ini");
+    manager->RegisterPersistence(target.path, header);
+    manager->RegisterProperty(type.typeName, target.section, target.key,
+                              type.initial);
+    manager->SetValue(target.section, target.key, target.value);
+  } else {
+    JavaPropertyManager* manager =
+        library->GetJavaPropertyManager("propctl.flat");
+    manager->RegisterPersistence(target.path, header);
+    manager->RegisterProperty(type.typeName, target.key, type.initial);
+    manager->SetValue(target.key, target.value);
+  }
+}
+
+// ------------------------------------------------------------ commands --
+
+int RunGet(const Invocation& invocation) {
+  const Target target = TakeOperands(invocation, {"SECTION", "KEY"});
+  std::string value;
+  if (!ReadStore(target).Get(target, value)) return kNegative;
+  std::cout << value << '\n';
+  return kSuccess;
+}
+
+int RunSet(const Invocation& invocation) {
+  const Target target = TakeOperands(invocation, {"SECTION", "KEY", "VALUE"});
+  const ValueType type = TypeOf(invocation);
+  RequireHeader(invocation);
+  const std::string stored = StoredText(target, type);
+  RequireReadBack(target, stored);
+  RequireBindable(target.path);
+  StoreThroughBinding(target, type, invocation.header.value_or(""));
+  // The library reports no failed write: read the result back.
+  std::string written;
+  if (!ReadStore(target).Get(target, written) || written != stored) {
+    throw Failure{target.path + ": the file was not written"};
+  }
+  return kSuccess;
+}
+
+int RunList(const Invocation& invocation) {
+  const Target target = TakeOperands(invocation, {});
+  std::cout << ReadStore(target).Text("");
+  return kSuccess;
+}
+
+int RunCheck(const Invocation& invocation) {
+  const Target target = TakeOperands(invocation, {});
+  // Raw lines only: the library's reader never returns on an over-long one.
+  const std::vector<FileFinding> findings =
+      CheckFileText(ReadRegularFile(target.path), target.format);
+  for (const FileFinding& finding : findings) {
+    std::cout << target.path << ':' << finding.line << ": " << finding.message
+              << '\n';
+  }
+  return findings.empty() ? kSuccess : kNegative;
+}
+
+int RunHelp(const Invocation& invocation);
+
+struct Command {
+  const char* name;
+  int (*run)(const Invocation&);
+  const char* help;
+};
+
+const Command kCommands[] = {
+    {"get", RunGet, kGetHelp},    {"set", RunSet, kSetHelp},
+    {"list", RunList, kListHelp}, {"check", RunCheck, kCheckHelp},
+    {"help", RunHelp, kHelpHelp},
+};
+
+// The command named name, or null.
+const Command* FindCommand(const std::string& name) {
+  for (const Command& command : kCommands) {
+    if (name == command.name) return &command;
+  }
+  return nullptr;
+}
+
+int RunHelp(const Invocation& invocation) {
+  if (invocation.operands.size() > 1) {
+    throw UsageError{invocation.command, "too many operands"};
+  }
+  const Command* command = invocation.operands.empty()
+                               ? nullptr
+                               : FindCommand(invocation.operands[0]);
+  if (!invocation.operands.empty() && command == nullptr) {
+    throw UsageError{"", "unknown command " + Quoted(invocation.operands[0])};
+  }
+  std::cout << (command != nullptr ? command->help : kToolHelp);
+  return kSuccess;
+}
+
+// --type and --header belong to set only.
+void RequireOwnOptions(const Invocation& invocation) {
+  if (invocation.command == "set" || (!invocation.type && !invocation.header)) {
+    return;
+  }
+  const std::string name = invocation.type ? "--type" : "--header";
+  throw UsageError{invocation.command,
+                   "option " + Quoted(name) + " belongs to 'set'"};
+}
+
+int Run(const Invocation& invocation) {
+  if (invocation.command.empty() && invocation.help) {
+    std::cout << kToolHelp;
+    return kSuccess;
+  }
+  if (invocation.command.empty()) throw UsageError{"", "missing command"};
+  const Command* command = FindCommand(invocation.command);
+  if (command == nullptr) {
+    throw UsageError{"", "unknown command " + Quoted(invocation.command)};
+  }
+  if (invocation.help) {
+    std::cout << command->help;
+    return kSuccess;
+  }
+  RequireOwnOptions(invocation);
+  return command->run(invocation);
+}
+
+void ReportUsageError(const UsageError& error) {
+  if (error.command.empty() || FindCommand(error.command) == nullptr) {
+    std::cerr << "propctl: " << error.message << "; try 'propctl --help'\n";
+  } else {
+    std::cerr << "propctl " << error.command << ": " << error.message
+              << "; try 'propctl help " << error.command << "'\n";
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(
+        ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc)));
+  } catch (const UsageError& error) {
+    ReportUsageError(error);
+  } catch (const Failure& failure) {
+    std::cerr << "propctl: " << failure.message << '\n';
+  } catch (const Property::WrongValue& rejection) {
+    // The library's own message, as a program using it would see it.
+    std::cerr << rejection.m_message << '\n';
+  }
+  return kTrouble;
+}
