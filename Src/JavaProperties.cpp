@@ -59,15 +59,12 @@ bool JavaProperties::Load(std::istream& in) {
 
 bool JavaProperties::LoadFile(const propstring& fileName, bool& opened) {
   propstring text;
-  const PropertyFile::ReadResult read = PropertyFile::ReadWhole(fileName, text);
-  opened = read != PropertyFile::kCannotOpen;
-  if (read == PropertyFile::kReadWhole && !HasOverlongLine(text)) {
+  if (ReadForParsing(fileName, text, opened)) {
     ParseText(&text[0], text.size());
     return true;
   }
   if (!opened) return false;
-  // Read errors, devices and over-long lines are left to the stream reader,
-  // so that they end exactly as they always have.
+  // Left to the stream reader, so that such files end as they always have.
   std::ifstream in(fileName.c_str(), std::ios::in);
   opened = in.is_open();
   return opened && Load(in);
@@ -207,6 +204,13 @@ bool JavaProperties::HasOverlongLine(const propstring& text) {
     if (feed == propstring::npos) return false;
     start = feed + 1;
   }
+}
+
+bool JavaProperties::ReadForParsing(const propstring& fileName,
+                                    propstring& text, bool& opened) {
+  const PropertyFile::ReadResult read = PropertyFile::ReadWhole(fileName, text);
+  opened = read != PropertyFile::kCannotOpen;
+  return read == PropertyFile::kReadWhole && !HasOverlongLine(text);
 }
 
 bool JavaProperties::ReadLine(std::istream& in, char* buffer, int lineNumber) {

@@ -93,6 +93,11 @@ class JavaProperties {
   static char* TakeLine(char*& cursor, char* end, int lineNumber, bool& more);
   // True if some line of text is longer than 511 characters.
   static bool HasOverlongLine(const propstring& text);
+  // Reads fileName whole into text and returns true if it may be parsed in
+  // memory. Otherwise the stream reader must take it (if opened): a device,
+  // a read error, or a line the stream reader would never get past.
+  static bool ReadForParsing(const propstring& fileName, propstring& text,
+                             bool& opened);
 
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
   // (NUL-terminated) and logs a read error or an over-long line under
