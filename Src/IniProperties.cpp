@@ -98,7 +98,16 @@ bool IniProperties::Store(std::ostream& out, const propstring& header) {
 }
 
 propstring IniProperties::ToText(const propstring& header) const {
+  // Sized first, as in the flat store.
+  size_t size = header.empty() ? 0 : header.size() + 2;
+  for (const auto& section : m_sections) {
+    size += section.first.size() + 4;
+    for (const auto& entry : section.second) {
+      size += entry.first.size() + entry.second.size() + 2;
+    }
+  }
   propstring text;
+  text.reserve(size);
   if (!header.empty()) text.append(";").append(header).append("\n");
   for (const auto& section : m_sections) {
     text.append("[").append(section.first).append("]\n");

@@ -91,10 +91,20 @@ bool JavaProperties::Store(std::ostream& out, const propstring& header) {
 }
 
 propstring JavaProperties::ToText(const propstring& header) const {
+  // Sized first: growing a text of megabytes step by step costs more than
+  // writing it.
+  size_t size = header.empty() ? 0 : header.size() + 2;
+  for (const auto& entry : m_entries) {
+    size += entry.first.size() + entry.second.size() + 2;
+  }
   propstring text;
+  text.reserve(size);
   if (!header.empty()) text.append("#").append(header).append("\n");
   for (const auto& entry : m_entries) {
-    text.append(entry.first).append("=").append(entry.second).append("\n");
+    text.append(entry.first);
+    text += '=';
+    text.append(entry.second);
+    text += '\n';
   }
   return text;
 }

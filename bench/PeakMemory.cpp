@@ -1,0 +1,135 @@
+// PeakMemory.cpp - see PeakMemory.h.
+
+#include "PeakMemory.h"
+
+#include <benchmark/benchmark.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+namespace bench {
+
+namespace {
+
+const char kChildFlag[] = "--peak-memory-child=";
+
+std::map<std::string, Loader>& Loaders() {
+  static std::map<std::string, Loader> loaders;
+  return loaders;
+}
+
+// The value of a "Name:   123 kB" line of /proc/self/status; -1 if absent.
+long StatusKilobytes(const char* name) {
+  FILE* status = std::fopen("/proc/self/status", "r");
+  if (status == nullptr) return -1;
+  char line[256];
+  long value = -1;
+  const size_t length = std::strlen(name);
+  while (std::fgets(line, sizeof line, status) != nullptr) {
+    if (std::strncmp(line, name, length) == 0 && line[length] == ':') {
+      value = std::strtol(line + length + 1, nullptr, 10);
+      break;
+    }
+  }
+  std::fclose(status);
+  return value;
+}
+
+// Makes VmHWM start again from the current resident set size (Linux 4.0+).
+void ResetPeak() {
+  FILE* refs = std::fopen("/proc/self/clear_refs", "w");
+  if (refs == nullptr) return;
+  std::fputs("5", refs);
+  std::fclose(refs);
+}
+
+// Runs the loader registered as name on path in a new process and returns
+// the rise of its VmHWM in kB; -1 on any failure.
+long PeakKilobytes(const std::string& name, const std::string& path) {
+  int fds[2];
+  if (::pipe(fds) != 0) return -1;
+  const pid_t child = ::fork();
+  if (child < 0) {
+    ::close(fds[0]);
+    ::close(fds[1]);
+    return -1;
+  }
+  if (child == 0) {
+    ::close(fds[0]);
+    const std::string flag = kChildFlag + name;
+    const std::string fd = std::to_string(fds[1]);
+    ::execl("/proc/self/exe", "PropertiesBenchmark", flag.c_str(), path.c_str(),
+            fd.c_str(), static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  ::close(fds[1]);
+  std::string answer;
+  char buffer[64];
+  ssize_t got;
+  while ((got = ::read(fds[0], buffer, sizeof buffer)) > 0) {
+    answer.append(buffer, static_cast<size_t>(got));
+  }
+  ::close(fds[0]);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || answer.empty()) {
+    return -1;
+  }
+  return std::strtol(answer.c_str(), nullptr, 10);
+}
+
+}  // namespace
+
+void RegisterPeakMemory(const std::string& impl, Format format, Loader load) {
+  const std::string name =
+      "BM_PeakMemory_" + impl + (format == Format::kFlat ? "_Flat" : "_Ini");
+  Loaders()[name] = load;
+  benchmark::RegisterBenchmark(
+      name.c_str(),
+      [name, format](benchmark::State& state) {
+        const InputFile& input =
+            Input(format, static_cast<int>(state.range(0)));
+        long kilobytes = -1;
+        for (auto _ : state) kilobytes = PeakKilobytes(name, input.path);
+        if (kilobytes < 0) {
+          state.SkipWithError("the load in the child process failed");
+          return;
+        }
+        state.counters["peak_kB"] = static_cast<double>(kilobytes);
+        state.counters["file_kB"] =
+            static_cast<double>(input.text.size()) / 1024;
+      })
+      ->Arg(kLargestSize)
+      ->Iterations(1)
+      ->UseRealTime()
+      ->Unit(benchmark::kMillisecond);
+}
+
+bool RunPeakMemoryChild(int argc, char** argv, int* exitCode) {
+  const size_t flagLength = sizeof kChildFlag - 1;
+  if (argc != 4 || std::strncmp(argv[1], kChildFlag, flagLength) != 0) {
+    return false;
+  }
+  *exitCode = 1;
+  const auto found = Loaders().find(argv[1] + flagLength);
+  if (found == Loaders().end()) return true;
+  const std::string path = argv[2];
+  const int fd = std::atoi(argv[3]);
+  ResetPeak();
+  const long before = StatusKilobytes("VmHWM");
+  const std::shared_ptr<void> loaded = found->second(path);
+  const long after = StatusKilobytes("VmHWM");
+  if (!loaded || before < 0 || after < 0) return true;
+  const std::string answer = std::to_string(after - before);
+  if (::write(fd, answer.data(), answer.size()) ==
+      static_cast<ssize_t>(answer.size())) {
+    *exitCode = 0;
+  }
+  return true;
+}
+
+}  // namespace bench

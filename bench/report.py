@@ -1,0 +1,341 @@
+#!/usr/bin/env python3
+"""Turns the JSON of PropertiesBenchmark into markdown tables.
+
+    python3 bench/report.py build-bench/results.json > results.md
+
+Uses the median of the repetitions when the run has aggregates
+(--benchmark_repetitions=N), else the median of the runs it has. Names are
+BM_<Impl>_<Operation>_<Format>/<size>, BM_<Impl>_<What>_Flat/<n> for the
+end-to-end runs and BM_PeakMemory_<Impl>_<Format>/<size>.
+"""
+
+import json
+import statistics
+import sys
+
+IMPLS = ["Floor", "Ours", "Plain", "Inih", "SimpleIni", "Boost", "GKeyFile"]
+IMPL_TEXT = {
+    "Floor": "floor (one read()/write())",
+    "Ours": "libproperties",
+    "Plain": "straightforward (ifstream/endl)",
+    "Inih": "inih",
+    "SimpleIni": "SimpleIni",
+    "Boost": "Boost.PropertyTree",
+    "GKeyFile": "GLib GKeyFile",
+}
+OPERATIONS = ["LoadFile", "LoadMemory", "StoreFile", "StoreMemory"]
+OPERATION_TEXT = {
+    "LoadFile": "load file",
+    "LoadMemory": "load from memory",
+    "StoreFile": "store file",
+    "StoreMemory": "store to memory",
+}
+FORMATS = ["Flat", "Ini"]
+FORMAT_TEXT = {"Flat": "flat", "Ini": "INI"}
+UNIT_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+
+
+class Result:
+    def __init__(self, name, seconds, bytes_rate, items_rate, counters, error):
+        self.name = name
+        self.seconds = seconds          # Wall-clock time of one iteration.
+        self.bytes_rate = bytes_rate    # Bytes per second, or None.
+        self.items_rate = items_rate    # Entries (or operations) per second.
+        self.counters = counters        # Other counters, e.g. peak_kB.
+        self.error = error              # Error message of a skipped run.
+
+
+def base_name(run_name):
+    """BM_X_Y_Z/1000/real_time -> (BM_X_Y_Z, 1000)."""
+    parts = run_name.split("/")
+    size = int(parts[1]) if len(parts) > 1 and parts[1].isdigit() else 0
+    return parts[0], size
+
+
+def load_results(path):
+    with open(path) as f:
+        data = json.load(f)
+    runs = {}
+    for bench in data.get("benchmarks", []):
+        run_name = bench.get("run_name", bench["name"])
+        key = base_name(run_name)
+        if bench.get("run_type") == "aggregate":
+            if bench.get("aggregate_name") != "median":
+                continue
+            runs.setdefault(key, {"median": None, "runs": []})["median"] = bench
+        else:
+            runs.setdefault(key, {"median": None, "runs": []})["runs"].append(bench)
+    repetitions = max([b.get("repetitions", 1) for b in data.get("benchmarks", [])]
+                      or [1])
+    data.setdefault("context", {})["repetitions"] = repetitions
+    results = {}
+    skip = ("name", "run_name", "run_type", "repetitions", "repetition_index",
+            "threads", "iterations", "real_time", "cpu_time", "time_unit",
+            "family_index", "per_family_instance_index", "aggregate_name",
+            "aggregate_unit", "error_occurred", "error_message")
+    for key, found in runs.items():
+        chosen = found["median"]
+        errors = [r for r in found["runs"] if r.get("error_occurred")]
+        if chosen is None:
+            good = [r for r in found["runs"] if not r.get("error_occurred")]
+            if not good:
+                message = errors[0].get("error_message", "failed") if errors else "no runs"
+                results[key] = Result(key[0], None, None, None, {}, message)
+                continue
+            chosen = dict(good[0])
+            for field in ("real_time", "bytes_per_second", "items_per_second",
+                          "peak_kB", "file_kB"):
+                values = [r[field] for r in good if field in r]
+                if values:
+                    chosen[field] = statistics.median(values)
+        unit = UNIT_SECONDS.get(chosen.get("time_unit", "ns"), 1e-9)
+        counters = {k: v for k, v in chosen.items()
+                    if k not in skip and isinstance(v, (int, float))}
+        results[key] = Result(
+            key[0], chosen["real_time"] * unit,
+            chosen.get("bytes_per_second"), chosen.get("items_per_second"),
+            counters, errors[0].get("error_message") if errors else None)
+    return data.get("context", {}), results
+
+
+def rate(value):
+    if value is None:
+        return "-"
+    for limit, suffix in ((1e9, " G"), (1e6, " M"), (1e3, " k")):
+        if value >= limit:
+            return "%.3g%s" % (value / limit, suffix)
+    return "%.3g" % value
+
+
+def mbps(value):
+    return "-" if value is None else "%.1f" % (value / 1e6)
+
+
+def ratio(numerator, denominator):
+    if not numerator or not denominator:
+        return "-"
+    return "%.2f×" % (numerator / denominator)
+
+
+def seconds_text(seconds):
+    if seconds is None:
+        return "-"
+    if seconds >= 1e-3:
+        return "%.2f ms" % (seconds * 1e3)
+    return "%.1f µs" % (seconds * 1e6)
+
+
+class Report:
+    def __init__(self, context, results):
+        self.context = context
+        self.results = results
+        self.lines = []
+
+    def get(self, impl, operation, fmt, size):
+        found = self.results.get(("BM_%s_%s_%s" % (impl, operation, fmt), size))
+        return found if found and found.seconds else None
+
+    def emit(self, line=""):
+        self.lines.append(line)
+
+    def header(self):
+        c = self.context
+        self.emit("# libproperties benchmarks")
+        self.emit()
+        self.emit("Run %s on %s (%s CPUs at %s MHz, load average %s); "
+                  "libproperties and the benchmarks built as %s (Google "
+                  "Benchmark's own library: %s build); other libraries: %s." % (
+                      c.get("date", "?"), c.get("host_name", "?"),
+                      c.get("num_cpus", "?"), c.get("mhz_per_cpu", "?"),
+                      ", ".join("%.2f" % x for x in c.get("load_avg", [])),
+                      c.get("properties_build_type") or "?",
+                      c.get("library_build_type", "?"),
+                      c.get("peers", "?") or "none"))
+        self.emit()
+        reps = c.get("repetitions", 1)
+        self.emit(("Medians of %d repetitions" % reps if reps > 1 else
+                   "One repetition") + ", wall-clock time. MB/s is "
+                  "10^6 bytes of the file read or written per second; "
+                  "entries/s counts key=value entries. *× floor* is the time "
+                  "relative to one read() (loads) or one write() (stores) of "
+                  "the same bytes; *ours ÷ this* is libproperties' speed "
+                  "divided by this row's for the same operation on the same "
+                  "input (above 1: libproperties is faster). Flat rows read "
+                  "the flat key=value file (inih, SimpleIni and Boost take it "
+                  "as a file without sections); INI rows read the sectioned "
+                  "file, the only one GKeyFile accepts.")
+        self.emit()
+
+    def size_tables(self):
+        sizes = sorted({size for (name, size) in self.results
+                        if name.split("_")[2] in OPERATIONS})
+        for size in sizes:
+            self.emit("## %d entries" % size)
+            self.emit()
+            self.emit("| operation | input | implementation | MB/s | "
+                      "entries/s | × floor | ours ÷ this |")
+            self.emit("|---|---|---|---:|---:|---:|---:|")
+            for operation in OPERATIONS:
+                floor_op = "LoadFile" if operation.startswith("Load") else "StoreFile"
+                for fmt in FORMATS:
+                    floor = self.get("Floor", floor_op, fmt, size)
+                    ours = self.get("Ours", operation, fmt, size)
+                    for impl in IMPLS:
+                        result = self.get(impl, operation, fmt, size)
+                        if result is None:
+                            continue
+                        versus = "-" if impl == "Ours" else ratio(
+                            result.seconds, ours.seconds if ours else None)
+                        self.emit("| %s | %s | %s | %s | %s | %s | %s |" % (
+                            OPERATION_TEXT[operation], FORMAT_TEXT[fmt],
+                            IMPL_TEXT[impl], mbps(result.bytes_rate),
+                            rate(result.items_rate),
+                            ratio(result.seconds,
+                                  floor.seconds if floor else None),
+                            versus))
+            self.emit()
+
+    def end_to_end(self):
+        rows = sorted(((name, size), r) for (name, size), r in self.results.items()
+                      if name.split("_")[2] in ("RegisterBound", "SetValue"))
+        if not rows:
+            return
+        self.emit("## Through a bound manager")
+        self.emit()
+        self.emit("RegisterBound/N: a fresh JavaPropertyManager bound to a "
+                  "fresh copy of the 1000-entry file, then N properties "
+                  "registered whose keys are in the file (one iteration = all "
+                  "N). SetValue/N: one SetValue through a manager bound to an "
+                  "N-entry file (the file is rewritten); the straightforward "
+                  "version reads the file into a std::map, sets the value and "
+                  "writes every line with std::endl.")
+        self.emit()
+        self.emit("| benchmark | N | time per iteration | per registration / set | "
+                  "operations/s | ours ÷ straightforward |")
+        self.emit("|---|---:|---:|---:|---:|---:|")
+        for (name, size), result in rows:
+            if not result.seconds:
+                self.emit("| %s | %d | failed: %s | | | |" % (name, size, result.error))
+                continue
+            impl, what = name.split("_")[1:3]
+            per = result.seconds / size if what == "RegisterBound" else result.seconds
+            versus = "-"
+            if impl == "Plain":
+                ours = self.get("Ours", what, "Flat", size)
+                versus = ratio(result.seconds, ours.seconds if ours else None)
+            self.emit("| %s | %d | %s | %s | %s | %s |" % (
+                name, size, seconds_text(result.seconds), seconds_text(per),
+                rate(result.items_rate), versus))
+        self.emit()
+
+    def memory(self):
+        rows = [(name, size, r) for (name, size), r in self.results.items()
+                if name.startswith("BM_PeakMemory_")]
+        if not rows:
+            return
+        ours = {}
+        for name, size, result in rows:
+            impl, fmt = name.split("_")[2:4]
+            if impl == "Ours":
+                ours[fmt] = result.counters.get("peak_kB")
+        self.emit("## Peak memory of loading the largest file")
+        self.emit()
+        self.emit("Rise of VmHWM in a fresh child process over the load; the "
+                  "result stays alive until it is read. *ours ÷ this* is "
+                  "libproperties' peak on the same input divided by this "
+                  "row's (above 1: libproperties needs more).")
+        self.emit()
+        self.emit("| implementation | input | entries | file | peak | "
+                  "peak ÷ file | ours ÷ this |")
+        self.emit("|---|---|---:|---:|---:|---:|---:|")
+        order = {impl: i for i, impl in enumerate(IMPLS)}
+        rows.sort(key=lambda row: (order.get(row[0].split("_")[2], 99),
+                                   row[0]))
+        for name, size, result in rows:
+            impl, fmt = name.split("_")[2:4]
+            peak = result.counters.get("peak_kB")
+            size_kb = result.counters.get("file_kB")
+            if peak is None:
+                self.emit("| %s | %s | %d | | failed: %s | | |" % (
+                    IMPL_TEXT.get(impl, impl), FORMAT_TEXT.get(fmt, fmt),
+                    size, result.error))
+                continue
+            self.emit("| %s | %s | %d | %.0f kB | %.0f kB | %s | %s |" % (
+                IMPL_TEXT.get(impl, impl), FORMAT_TEXT.get(fmt, fmt), size,
+                size_kb or 0, peak, ratio(peak, size_kb),
+                "-" if impl == "Ours" else ratio(ours.get(fmt), peak)))
+        self.emit()
+
+    def targets(self):
+        self.emit("## Targets")
+        self.emit()
+        self.emit("| target | input | size | measured | met |")
+        self.emit("|---|---|---:|---:|---|")
+        sizes = sorted({size for (name, size) in self.results
+                        if name.endswith("_LoadFile_Flat")})
+
+        def row(target, fmt, size, value, met):
+            self.emit("| %s | %s | %s | %s | %s |" % (
+                target, fmt, size, value, "yes" if met else "**MISSED**"))
+
+        for fmt in FORMATS:
+            for size in sizes:
+                ours = self.get("Ours", "LoadFile", fmt, size)
+                plain = self.get("Plain", "LoadFile", fmt, size)
+                if ours and plain:
+                    speed = plain.seconds / ours.seconds
+                    row("load file ≥ 2× straightforward reader",
+                        FORMAT_TEXT[fmt], size, "%.2f×" % speed, speed >= 2)
+        for fmt in FORMATS:
+            for size in sizes:
+                ours = self.get("Ours", "LoadFile", fmt, size)
+                for impl in IMPLS[3:]:
+                    peer = self.get(impl, "LoadFile", fmt, size)
+                    if ours and peer:
+                        speed = peer.seconds / ours.seconds
+                        row("load file faster than %s" % IMPL_TEXT[impl],
+                            FORMAT_TEXT[fmt], size, "%.2f×" % speed, speed > 1)
+        for fmt in FORMATS:
+            ours = self.get("Ours", "StoreFile", fmt, 1000)
+            floor = self.get("Floor", "StoreFile", fmt, 1000)
+            if ours and floor:
+                slower = ours.seconds / floor.seconds
+                row("store file within 1.5× of one write()", FORMAT_TEXT[fmt],
+                    1000, "%.2f× floor" % slower, slower <= 1.5)
+        ours = self.results.get(("BM_Ours_SetValue_Flat", 1000))
+        plain = self.results.get(("BM_Plain_SetValue_Flat", 1000))
+        if ours and plain and ours.seconds and plain.seconds:
+            speed = plain.seconds / ours.seconds
+            row("SetValue (bound, 1k entries) ≥ 4× straightforward", "flat",
+                1000, "%.2f×" % speed, speed >= 4)
+        self.emit()
+
+    def failures(self):
+        failed = sorted("%s/%d: %s" % (name, size, r.error)
+                        for (name, size), r in self.results.items() if r.error)
+        if failed:
+            self.emit("## Runs that reported an error")
+            self.emit()
+            for line in failed:
+                self.emit("- " + line)
+            self.emit()
+
+
+def main(argv):
+    if len(argv) != 2:
+        sys.stderr.write("usage: report.py RESULTS.json\n")
+        return 2
+    context, results = load_results(argv[1])
+    report = Report(context, results)
+    report.header()
+    report.targets()
+    report.size_tables()
+    report.end_to_end()
+    report.memory()
+    report.failures()
+    sys.stdout.write("\n".join(report.lines))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv))
