@@ -115,7 +115,9 @@ clean:
 # (tests/consumer/run.sh; the CTest test InstalledConsumer, label "install").
 # The binary interface: compares libproperties.so.1 with the baseline in abi/
 # (tools/check-abi.sh; after an intended change:
-# tools/check-abi.sh --update $(BUILD_DIR)).
+# tools/check-abi.sh --update $(BUILD_DIR)), then shows on a scratch copy
+# that an added member and an added virtual function are caught
+# (tools/prove-abi-guard.sh).
 .PHONY: install-check abi-check
 
 install-check: configure
@@ -126,3 +128,4 @@ abi-check: configure
 	@sh tools/install-deps.sh abi
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target properties TextNumbers
 	sh tools/check-abi.sh $(BUILD_DIR)
+	sh tools/prove-abi-guard.sh
