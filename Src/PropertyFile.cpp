@@ -58,17 +58,16 @@ mode_t CurrentUmask() {
   return 022;
 }
 
-// Gives a new file the mode and owner that the file it replaces had, or the
-// mode a newly created file would get.
-void CopyModeAndOwner(int fd, const propstring& target) {
-  struct stat info;
-  if (::stat(target.c_str(), &info) != 0) {
+// Gives a new file the mode and owner of the file it replaces (replaced is
+// its stat), or, with replaced null, the mode a newly created file would get.
+void CopyModeAndOwner(int fd, const struct stat* replaced) {
+  if (replaced == nullptr) {
     ::fchmod(fd, 0666 & ~CurrentUmask());
     return;
   }
-  ::fchmod(fd, info.st_mode & 07777);
+  ::fchmod(fd, replaced->st_mode & 07777);
   // Best effort: only a privileged process may give a file away.
-  if (::fchown(fd, info.st_uid, info.st_gid) != 0) return;
+  if (::fchown(fd, replaced->st_uid, replaced->st_gid) != 0) return;
 }
 
 void SyncDirectory(const propstring& directory) {
@@ -114,7 +113,7 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
   const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
   if (fd < 0) return ReplaceInPlace(path, text);
 
-  CopyModeAndOwner(fd, target);
+  CopyModeAndOwner(fd, exists ? &info : nullptr);
   const bool written = WriteAll(fd, text) && ::fsync(fd) == 0;
   const bool closed = ::close(fd) == 0;
   if (!written || !closed) {

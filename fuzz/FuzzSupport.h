@@ -14,10 +14,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "Property.h"
 
 // Aborts with the failed condition and details (anything that can be
 // streamed) unless condition holds.
@@ -209,6 +212,22 @@ inline std::string ReferenceIniText(const SectionTable& sections,
     text += "\n";
   }
   return text;
+}
+
+// Runs scenario; any exception leaving it fails the input (the library only
+// ever throws Property::WrongValue, and the scenarios catch it where a value
+// may be rejected).
+template <typename Scenario>
+void RunWithoutEscapes(Scenario scenario) {
+  try {
+    scenario();
+  } catch (Property::WrongValue& e) {
+    FUZZ_CHECK(false, "unexpected Property::WrongValue " << Quote(e.m_message));
+  } catch (std::exception& e) {
+    FUZZ_CHECK(false, "unexpected exception: " << e.what());
+  } catch (...) {
+    FUZZ_CHECK(false, "unexpected exception of unknown type");
+  }
 }
 
 }  // namespace fuzz_support

@@ -82,18 +82,7 @@ const char* const kFileNames[kPathCount] = {"a.properties", "b.properties"};
 
 // The factory the library's own managers get: the six type names.
 JavaPropertyFactory* Factory() {
-  static JavaPropertyFactory factory;
-  static const bool filled = [] {
-    factory.AddCreator(BooleanProperty::kTypeName, JCreateBooleanProperty);
-    factory.AddCreator(DoubleProperty::kTypeName, JCreateDoubleProperty);
-    factory.AddCreator(IntegerProperty::kTypeName, JCreateIntegerProperty);
-    factory.AddCreator(IpAddrProperty::kTypeName, JCreateIpAddrProperty);
-    factory.AddCreator(ListProperty::kTypeName, JCreateListProperty);
-    factory.AddCreator(StringProperty::kTypeName, JCreateStringProperty);
-    return true;
-  }();
-  (void)filled;
-  return &factory;
+  return Properties::GetInstance()->GetJavaPropertyFactory();
 }
 
 std::string TypeName(char code) {
@@ -632,16 +621,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
 
   TempDirectory directory;
-  try {
+  fuzz_support::RunWithoutEscapes([&] {
     Scenario scenario(directory.Path());
     for (const std::string& line : lines) scenario.Run(line);
     scenario.Finish();
-  } catch (Property::WrongValue& e) {
-    FUZZ_CHECK(false, "unexpected Property::WrongValue " << Quote(e.m_message));
-  } catch (std::exception& e) {
-    FUZZ_CHECK(false, "unexpected exception: " << e.what());
-  } catch (...) {
-    FUZZ_CHECK(false, "unexpected exception of unknown type");
-  }
+  });
   return 0;
 }
