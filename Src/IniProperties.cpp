@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "PropertyFile.h"
+#include "PropertyReadBuffer.h"
 
 namespace {
 
@@ -20,12 +21,12 @@ char kNotFound[] = "Property '%s' at Section '%s' was not found";
 
 typedef std::map<propstring, propstring> Section;
 
-// The name of the header line text (which starts with '['): up to the last
-// ']', or, for a line without one, the rest of the line.
-propstring SectionName(const char* text) {
-  const char* close = std::strrchr(text, ']');
-  if (close == nullptr) return propstring(text + 1);
-  return propstring(text + 1, close);
+// The name of the header line [text, end) (which starts with '['): up to
+// the last ']', or, for a line without one, the rest of the line.
+void TakeSectionName(const char* text, const char* end, propstring& name) {
+  const void* close = ::memrchr(text, ']', static_cast<size_t>(end - text));
+  name.assign(text + 1,
+              close == nullptr ? end : static_cast<const char*>(close));
 }
 
 }  // namespace
@@ -61,9 +62,9 @@ bool IniProperties::Load(std::istream& in) {
 }
 
 bool IniProperties::LoadFile(const propstring& fileName, bool& opened) {
-  propstring text;
+  PropertyReadBuffer text;
   if (ReadForParsing(fileName, text, opened)) {
-    ParseText(&text[0], text.size());
+    ParseText(text.Data(), text.Size());
     return true;
   }
   if (!opened) return false;
@@ -153,26 +154,34 @@ void IniProperties::Clear() { m_sections.clear(); }
 
 void IniProperties::ParseLine(char* line, int lineNumber, propstring& current,
                               Table& pending) {
-  char* comment = std::strchr(line, ';');
-  if (comment != nullptr) *comment = '\0';
-  if (std::strchr(line, '[') != nullptr) {
+  ParseLine(line, line + std::strlen(line), lineNumber, current, pending);
+}
+
+void IniProperties::ParseLine(char* line, char* end, int lineNumber,
+                              propstring& current, Table& pending) {
+  char* comment = static_cast<char*>(
+      std::memchr(line, ';', static_cast<size_t>(end - line)));
+  if (comment != nullptr) end = comment;
+  if (std::memchr(line, '[', static_cast<size_t>(end - line)) != nullptr) {
     // The whole line is cleaned, so a header may stand in blanks or quotes;
     // an entry line goes on cleaned.
-    line = Extract(line);
-    if (line[0] == '[') {
+    line = ExtractField(line, end);
+    if (line < end && line[0] == '[') {
       EndSection(current, pending);
-      current = SectionName(line);
+      TakeSectionName(line, end, current);
       if (m_sections.count(current) != 0) {
         Log(1, kRedefinesSection, lineNumber);
       }
       return;
     }
   }
-  char* equals = std::strchr(line, '=');
+  char* equals = static_cast<char*>(
+      std::memchr(line, '=', static_cast<size_t>(end - line)));
   if (equals == nullptr) return;
-  *equals = '\0';
-  const char* key = Extract(line);
-  Table::iterator it = Insert(pending, key, Extract(equals + 1), lineNumber);
+  char* keyEnd = equals;
+  const char* key = ExtractField(line, keyEnd);
+  const char* value = ExtractField(equals + 1, end);
+  Table::iterator it = Insert(pending, key, keyEnd, value, end, lineNumber);
   Log(1, kLoading, it->first.c_str(), current.c_str(), it->second.c_str());
 }
 
@@ -182,12 +191,15 @@ void IniProperties::EndSection(const propstring& current, Table& pending) {
 }
 
 void IniProperties::ParseText(char* text, size_t size) {
+  char* const end = text + size;
+  const bool nulInside = std::memchr(text, '\0', size) != nullptr;
   propstring current;
   Table pending;
   char* cursor = text;
   bool more = true;
   for (int lineNumber = 1; more; ++lineNumber) {
-    ParseLine(TakeLine(cursor, text + size, lineNumber, more), lineNumber,
+    char* line = TakeLine(cursor, end, lineNumber, more);
+    ParseLine(line, LineEnd(line, cursor, end, more, nulInside), lineNumber,
               current, pending);
   }
   EndSection(current, pending);

@@ -81,6 +81,10 @@ class IniProperties : public JavaProperties {
   // current is empty while no named section has begun (entries are dropped).
   void ParseLine(char* line, int lineNumber, propstring& current,
                  Table& pending);
+  // ParseLine() on the line [line, end), which holds no NUL byte; the text
+  // is not changed.
+  void ParseLine(char* line, char* end, int lineNumber, propstring& current,
+                 Table& pending);
   // Makes pending the whole content of section current, unless current is
   // empty (then pending is dropped). pending is left empty.
   void EndSection(const propstring& current, Table& pending);

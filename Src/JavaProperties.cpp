@@ -6,8 +6,11 @@
 
 #include <cstring>
 #include <fstream>
+#include <tuple>
+#include <utility>
 
 #include "PropertyFile.h"
+#include "PropertyReadBuffer.h"
 
 namespace {
 
@@ -58,9 +61,9 @@ bool JavaProperties::Load(std::istream& in) {
 }
 
 bool JavaProperties::LoadFile(const propstring& fileName, bool& opened) {
-  propstring text;
+  PropertyReadBuffer text;
   if (ReadForParsing(fileName, text, opened)) {
-    ParseText(&text[0], text.size());
+    ParseText(text.Data(), text.Size());
     return true;
   }
   if (!opened) return false;
@@ -135,11 +138,71 @@ propstring JavaProperties::GetProperty(const propstring& key) const {
 void JavaProperties::Clear() { m_entries.clear(); }
 
 char* JavaProperties::Extract(char* text) {
-  while (IsBlank(*text)) ++text;
-  const bool quoted = *text == '"';
-  if (quoted) ++text;
-  char* start = text;
-  char* end = start + std::strlen(start);
+  char* end = text + std::strlen(text);
+  char* start = ExtractField(text, end);
+  *end = '\0';
+  return start;
+}
+
+void JavaProperties::ParseLine(char* line, int lineNumber) {
+  ParseLine(line, line + std::strlen(line), lineNumber);
+}
+
+void JavaProperties::ParseLine(char* line, char* end, int lineNumber) {
+  char* comment = static_cast<char*>(
+      std::memchr(line, '#', static_cast<size_t>(end - line)));
+  if (comment != nullptr) end = comment;
+  char* equals = static_cast<char*>(
+      std::memchr(line, '=', static_cast<size_t>(end - line)));
+  if (equals == nullptr) return;
+  char* keyEnd = equals;
+  const char* key = ExtractField(line, keyEnd);
+  const char* value = ExtractField(equals + 1, end);
+  Table::iterator it = Insert(m_entries, key, keyEnd, value, end, lineNumber);
+  Log(1, kLoading, it->first.c_str(), it->second.c_str());
+}
+
+void JavaProperties::ParseText(char* text, size_t size) {
+  char* const end = text + size;
+  const bool nulInside = std::memchr(text, '\0', size) != nullptr;
+  char* cursor = text;
+  bool more = true;
+  for (int lineNumber = 1; more; ++lineNumber) {
+    char* line = TakeLine(cursor, end, lineNumber, more);
+    ParseLine(line, LineEnd(line, cursor, end, more, nulInside), lineNumber);
+  }
+}
+
+JavaProperties::Table::iterator JavaProperties::Insert(Table& table,
+                                                       const char* key,
+                                                       const char* value,
+                                                       int lineNumber) {
+  return Insert(table, key, key + std::strlen(key), value,
+                value + std::strlen(value), lineNumber);
+}
+
+JavaProperties::Table::iterator JavaProperties::Insert(
+    Table& table, const char* key, const char* keyEnd, const char* value,
+    const char* valueEnd, int lineNumber) {
+  // Hinted at the end: files in key order, as the library writes them, take
+  // constant time per line; any other order falls back to a search.
+  const size_t before = table.size();
+  Table::iterator it = table.emplace_hint(
+      table.end(), std::piecewise_construct,
+      std::forward_as_tuple(key, static_cast<size_t>(keyEnd - key)),
+      std::forward_as_tuple(value, static_cast<size_t>(valueEnd - value)));
+  if (table.size() == before) {
+    Log(1, kRedefinesProperty, lineNumber);
+    it->second.assign(value, valueEnd);
+  }
+  return it;
+}
+
+char* JavaProperties::ExtractField(char* begin, char*& end) {
+  while (begin < end && IsBlank(*begin)) ++begin;
+  const bool quoted = begin < end && *begin == '"';
+  if (quoted) ++begin;
+  char* start = begin;
   while (end > start && IsBlank(end[-1])) --end;
   if (quoted) {
     // Only the last byte is looked at: "a" b keeps both of its quotes.
@@ -149,44 +212,7 @@ char* JavaProperties::Extract(char* text) {
       --start;  // An unmatched opening quote belongs to the text.
     }
   }
-  *end = '\0';
   return start;
-}
-
-void JavaProperties::ParseLine(char* line, int lineNumber) {
-  char* comment = std::strchr(line, '#');
-  if (comment != nullptr) *comment = '\0';
-  char* equals = std::strchr(line, '=');
-  if (equals == nullptr) return;
-  *equals = '\0';
-  const char* key = Extract(line);
-  Table::iterator it = Insert(m_entries, key, Extract(equals + 1), lineNumber);
-  Log(1, kLoading, it->first.c_str(), it->second.c_str());
-}
-
-void JavaProperties::ParseText(char* text, size_t size) {
-  char* cursor = text;
-  bool more = true;
-  for (int lineNumber = 1; more; ++lineNumber) {
-    ParseLine(TakeLine(cursor, text + size, lineNumber, more), lineNumber);
-  }
-}
-
-JavaProperties::Table::iterator JavaProperties::Insert(Table& table,
-                                                       const char* key,
-                                                       const char* value,
-                                                       int lineNumber) {
-  if (table.empty() || table.rbegin()->first.compare(key) < 0) {
-    return table.emplace_hint(table.end(), key, value);
-  }
-  const propstring keyText(key);
-  Table::iterator it = table.lower_bound(keyText);
-  if (it != table.end() && it->first == keyText) {
-    Log(1, kRedefinesProperty, lineNumber);
-    it->second = value;
-    return it;
-  }
-  return table.emplace_hint(it, keyText, value);
 }
 
 char* JavaProperties::TakeLine(char*& cursor, char* end, int lineNumber,
@@ -205,22 +231,43 @@ char* JavaProperties::TakeLine(char*& cursor, char* end, int lineNumber,
   return line;
 }
 
+char* JavaProperties::LineEnd(char* line, const char* cursor, char* end,
+                              bool more, bool nulInside) {
+  // Only a text with a NUL byte needs every line measured again.
+  if (nulInside) return line + std::strlen(line);
+  return more ? line + (cursor - line - 1) : end;
+}
+
 bool JavaProperties::HasOverlongLine(const propstring& text) {
-  size_t start = 0;
+  return HasOverlongLine(text.data(), text.size());
+}
+
+bool JavaProperties::HasOverlongLine(const char* text, size_t size) {
+  const char* const end = text + size;
   for (;;) {
-    const size_t feed = text.find('\n', start);
-    const size_t end = feed == propstring::npos ? text.size() : feed;
-    if (end - start > kLineBufferSize - 1) return true;
-    if (feed == propstring::npos) return false;
-    start = feed + 1;
+    const char* feed = static_cast<const char*>(
+        std::memchr(text, '\n', static_cast<size_t>(end - text)));
+    const char* lineEnd = feed == nullptr ? end : feed;
+    if (lineEnd - text > kLineBufferSize - 1) return true;
+    if (feed == nullptr) return false;
+    text = feed + 1;
   }
 }
 
 bool JavaProperties::ReadForParsing(const propstring& fileName,
                                     propstring& text, bool& opened) {
+  PropertyReadBuffer buffer;
+  const bool whole = ReadForParsing(fileName, buffer, opened);
+  if (whole) text.assign(buffer.Data(), buffer.Size());
+  return whole;
+}
+
+bool JavaProperties::ReadForParsing(const propstring& fileName,
+                                    PropertyReadBuffer& text, bool& opened) {
   const PropertyFile::ReadResult read = PropertyFile::ReadWhole(fileName, text);
   opened = read != PropertyFile::kCannotOpen;
-  return read == PropertyFile::kReadWhole && !HasOverlongLine(text);
+  return read == PropertyFile::kReadWhole &&
+         !HasOverlongLine(text.Data(), text.Size());
 }
 
 bool JavaProperties::ReadLine(std::istream& in, char* buffer, int lineNumber) {

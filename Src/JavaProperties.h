@@ -25,6 +25,8 @@
 
 #include "PropertyThreadGuard.h"
 
+class PropertyReadBuffer;
+
 class JavaProperties {
  public:
   JavaProperties();  // An empty table.
@@ -80,6 +82,9 @@ class JavaProperties {
   // place) into the table: comment cut, split at the first '=', both fields
   // cleaned, logged.
   void ParseLine(char* line, int lineNumber);
+  // ParseLine() on the line [line, end), which holds no NUL byte; the text
+  // is not changed.
+  void ParseLine(char* line, char* end, int lineNumber);
   // Parses text[0, size) line by line as the stream reader would; text[size]
   // must be writable. REQUIRES: no line is longer than 511 characters.
   void ParseText(char* text, size_t size);
@@ -87,17 +92,32 @@ class JavaProperties {
   // Constant time when keys arrive in order, as in files the library wrote.
   static Table::iterator Insert(Table& table, const char* key,
                                 const char* value, int lineNumber);
+  // Insert() of the fields [key, keyEnd) and [value, valueEnd).
+  static Table::iterator Insert(Table& table, const char* key,
+                                const char* keyEnd, const char* value,
+                                const char* valueEnd, int lineNumber);
+  // Extract() on the field [begin, end) without writing to it: returns the
+  // start of the cleaned field and moves end to its end.
+  static char* ExtractField(char* begin, char*& end);
   // Cuts the next line out of [cursor, end) in place and logs it if it is
   // 511 characters long with a line feed after it (as the stream reader
   // does). Sets more to false at the last line, which ends at end.
   static char* TakeLine(char*& cursor, char* end, int lineNumber, bool& more);
+  // The end of the line that TakeLine() just returned, as the stream reader
+  // sees it: its first NUL byte if nulInside (the text holds one somewhere),
+  // else where TakeLine() cut it.
+  static char* LineEnd(char* line, const char* cursor, char* end, bool more,
+                       bool nulInside);
   // True if some line of text is longer than 511 characters.
   static bool HasOverlongLine(const propstring& text);
+  static bool HasOverlongLine(const char* text, size_t size);
   // Reads fileName whole into text and returns true if it may be parsed in
   // memory. Otherwise the stream reader must take it (if opened): a device,
   // a read error, or a line the stream reader would never get past.
   static bool ReadForParsing(const propstring& fileName, propstring& text,
                              bool& opened);
+  static bool ReadForParsing(const propstring& fileName,
+                             PropertyReadBuffer& text, bool& opened);
 
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
   // (NUL-terminated) and logs a read error or an over-long line under

@@ -131,21 +131,30 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
 
 PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
                                                  propstring& text) {
+  PropertyReadBuffer buffer;
+  const ReadResult result = ReadWhole(path, buffer);
+  if (result == kReadWhole) text.assign(buffer.Data(), buffer.Size());
+  return result;
+}
+
+PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
+                                                 PropertyReadBuffer& buffer) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return kCannotOpen;
   struct stat info;
   ReadResult result = kReadLineByLine;
   if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
-    // The size is only a hint: the file may grow or shrink meanwhile.
-    text.resize(static_cast<size_t>(info.st_size) + 1);
+    // The size is only a hint: the file may grow or shrink meanwhile. One
+    // byte more than the size lets the first read see the end.
+    char* data = buffer.Reserve(static_cast<size_t>(info.st_size) + 1, 0);
     size_t filled = 0;
     for (;;) {
-      if (filled == text.size()) text.resize(text.size() * 2);
-      const ssize_t got = ::read(fd, &text[filled], text.size() - filled);
+      if (filled == buffer.Capacity()) data = buffer.Reserve(2 * filled, filled);
+      const ssize_t got = ::read(fd, data + filled, buffer.Capacity() - filled);
       if (got < 0 && errno == EINTR) continue;
       if (got < 0) break;
       if (got == 0) {
-        text.resize(filled);
+        buffer.SetSize(filled);
         result = kReadWhole;
         break;
       }

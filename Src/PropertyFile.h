@@ -21,6 +21,7 @@
 #ifndef SRC_PROPERTYFILE_H_
 #define SRC_PROPERTYFILE_H_
 
+#include "PropertyReadBuffer.h"
 #include "PropertyThreadGuard.h"
 
 class PropertyFile {
@@ -48,6 +49,10 @@ class PropertyFile {
   };
   // Reads the whole content of the file at path into text.
   static ReadResult ReadWhole(const propstring& path, propstring& text);
+  // Reads the whole content of the file at path into buffer (its Size());
+  // the byte after the content is writable.
+  static ReadResult ReadWhole(const propstring& path,
+                              PropertyReadBuffer& buffer);
 };
 
 #endif  // SRC_PROPERTYFILE_H_

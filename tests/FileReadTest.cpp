@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -82,7 +83,41 @@ std::vector<std::string> EdgeCases() {
           "[s]\na=1\n[t]\nb=2\n[s]\nc=3\n",
           "x=1\n[s]\ny=2\n;c\n[]\nz=3\n",
           "  [ s ]  ;note\n\"k=[v]\"\n[abc\nq=1\n",
-          "#c\n k = \" v \" \n=x\nk=\n"};
+          "#c\n k = \" v \" \n=x\nk=\n",
+          "\"[q]\"\nk=1\n\"[r\nk=2\n",
+          "[s]]x]\nk=1\n[\nk=2\n[]]\nk=3\n",
+          "\"a\" b=c\n\"k=v\nk2=\"\n\"\"=\"\"\n",
+          " \t\v\f\r\n=\n==\n#=\n;=\n[s];x\n a = b # c ; d\n",
+          std::string("[s\0]\nk\0=1\nk=\0v\n", 15),
+          std::string("k=1\0", 4) + std::string(500, 'x') + "\nn=2\n",
+          "z=1\ny=2\nz=3\nx=4\n"};
+}
+
+// A file of the given size, made of entries in key order, so that a file of
+// any size from a few bytes to megabytes can be compared.
+std::string EntriesOfSize(size_t size) {
+  std::string text;
+  for (int i = 0; text.size() + 40 < size; ++i) {
+    char line[64];
+    std::snprintf(line, sizeof line, "section.key%07d = value number %d\n", i,
+                  i);
+    text += line;
+  }
+  text += "last=";
+  text.append(size - text.size() - 1, 'v');
+  text += '\n';
+  return text;
+}
+
+// Sizes around the buffer a thread keeps between reads (64 KiB), and far
+// beyond it.
+std::vector<std::string> SizedCases() {
+  std::vector<std::string> cases;
+  for (size_t size : {65535u, 65536u, 65537u, 1000000u}) {
+    cases.push_back(EntriesOfSize(size));
+    cases.push_back("[s]\n" + EntriesOfSize(size - 4));
+  }
+  return cases;
 }
 
 std::vector<std::string> CorpusFiles(const std::string& target) {
@@ -120,14 +155,15 @@ void ExpectSameOnEveryFile(const std::vector<std::string>& paths) {
 
 class FileReadTest : public testing::Test {
  protected:
-  std::vector<std::string> EdgeCaseFiles() {
+  std::vector<std::string> Files(const std::vector<std::string>& texts) {
     std::vector<std::string> paths;
-    for (const std::string& text : EdgeCases()) {
+    for (const std::string& text : texts) {
       paths.push_back(m_dir.File("case" + std::to_string(paths.size())));
       WriteFile(paths.back(), text);
     }
     return paths;
   }
+  std::vector<std::string> EdgeCaseFiles() { return Files(EdgeCases()); }
 
   TempDir m_dir;
 };
@@ -138,6 +174,14 @@ TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadOnEdgeCases) {
 
 TEST_F(FileReadTest, IniWholeFileReadEqualsStreamReadOnEdgeCases) {
   ExpectSameOnEveryFile<IniProperties>(EdgeCaseFiles());
+}
+
+TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadAtEverySize) {
+  ExpectSameOnEveryFile<JavaProperties>(Files(SizedCases()));
+}
+
+TEST_F(FileReadTest, IniWholeFileReadEqualsStreamReadAtEverySize) {
+  ExpectSameOnEveryFile<IniProperties>(Files(SizedCases()));
 }
 
 TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadOnFuzzCorpus) {
@@ -164,6 +208,34 @@ TEST_F(FileReadTest, DirectoryIsReadLikeTheStreamReaderDoes) {
   EXPECT_FALSE(store.LoadFile(m_dir.path(), opened));
   EXPECT_TRUE(opened);
   EXPECT_EQ(std::vector<std::string>{"Error reading Line 1"}, log.Messages());
+}
+
+// A load started from inside a load (here from a Log hook, on the same
+// thread) must not share the outer load's read buffer.
+TEST_F(FileReadTest, LoadDuringLoadReadsBothFilesWhole) {
+  const std::string outer = m_dir.File("outer");
+  const std::string inner = m_dir.File("inner");
+  WriteFile(outer, "a=1\nb=2\nc=3\n");
+  WriteFile(inner, EntriesOfSize(4000));
+  JavaProperties expectedInner;
+  ASSERT_TRUE(expectedInner.Load(inner));
+
+  JavaProperties outerStore;
+  JavaProperties innerStore;
+  LogRecorder log;
+  bool loadedInner = false;
+  log.OnMessage([&](const std::string& message) {
+    if (loadedInner || message != "Loading 'a' to '1'") return;
+    loadedInner = true;
+    bool opened = false;
+    EXPECT_TRUE(innerStore.LoadFile(inner, opened));
+  });
+  bool opened = false;
+  EXPECT_TRUE(outerStore.LoadFile(outer, opened));
+
+  EXPECT_TRUE(loadedInner);
+  EXPECT_EQ("a=1\nb=2\nc=3\n", outerStore.ToText(""));
+  EXPECT_EQ(expectedInner.ToText(""), innerStore.ToText(""));
 }
 
 }  // namespace

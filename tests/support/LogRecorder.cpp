@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <utility>
 
 #include "PropertyThreadGuard.h"
 
@@ -16,6 +17,7 @@ namespace {
 std::mutex g_mutex;
 bool g_recording = false;
 std::vector<LogEntry> g_entries;
+std::function<void(const std::string&)> g_hook;
 
 }  // namespace
 
@@ -29,6 +31,7 @@ LogRecorder::~LogRecorder() {
   std::lock_guard<std::mutex> lock(g_mutex);
   g_recording = false;
   g_entries.clear();
+  g_hook = nullptr;
 }
 
 std::vector<LogEntry> LogRecorder::Entries() const {
@@ -47,6 +50,11 @@ void LogRecorder::Clear() {
   g_entries.clear();
 }
 
+void LogRecorder::OnMessage(std::function<void(const std::string&)> hook) {
+  std::lock_guard<std::mutex> lock(g_mutex);
+  g_hook = std::move(hook);
+}
+
 std::vector<std::string> MessagesAllAtLevel(const LogRecorder& log, int level) {
   for (const LogEntry& entry : log.Entries()) {
     EXPECT_EQ(entry.level, level) << entry.message;
@@ -58,7 +66,7 @@ std::vector<std::string> MessagesAllAtLevel(const LogRecorder& log, int level) {
 
 // Takes the place of the library's Log in this test binary.
 void Log(int level, char* format, ...) {
-  std::lock_guard<std::mutex> lock(test_support::g_mutex);
+  std::unique_lock<std::mutex> lock(test_support::g_mutex);
   if (!test_support::g_recording) return;
   va_list args;
   va_start(args, format);
@@ -70,4 +78,7 @@ void Log(int level, char* format, ...) {
   std::vsnprintf(&message[0], message.size() + 1, format, args);
   va_end(args);
   test_support::g_entries.push_back({level, message});
+  const std::function<void(const std::string&)> hook = test_support::g_hook;
+  lock.unlock();
+  if (hook) hook(message);
 }

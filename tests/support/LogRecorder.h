@@ -7,6 +7,7 @@
 #ifndef TESTS_SUPPORT_LOGRECORDER_H_
 #define TESTS_SUPPORT_LOGRECORDER_H_
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,11 @@ class LogRecorder {
   // The messages alone, in the order they were logged.
   std::vector<std::string> Messages() const;
   void Clear();
+
+  // Calls hook with every message after recording it, outside the
+  // recorder's lock, so that the hook may call into the library (which may
+  // log again: the hook is then called again, from inside itself).
+  void OnMessage(std::function<void(const std::string&)> hook);
 };
 
 // log.Messages(), after checking, as a non-fatal test expectation, that every
