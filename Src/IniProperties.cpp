@@ -8,7 +8,7 @@
 #include <fstream>
 
 #include "PropertyFile.h"
-#include "PropertyReadBuffer.h"
+#include "PropertyTextBuffer.h"
 
 namespace {
 
@@ -62,7 +62,7 @@ bool IniProperties::Load(std::istream& in) {
 }
 
 bool IniProperties::LoadFile(const propstring& fileName, bool& opened) {
-  PropertyReadBuffer text;
+  PropertyTextBuffer text;
   if (ReadForParsing(fileName, text, opened)) {
     ParseText(text.Data(), text.Size());
     return true;
@@ -81,7 +81,9 @@ bool IniProperties::Store(const propstring& fileName,
         "!fileName.empty()", kFile, 124,
         "bool IniProperties::Store(const propstring&, const propstring&)");
   }
-  return PropertyFile::Replace(fileName, ToText(header)) ==
+  PropertyTextBuffer text;
+  ToText(header, text);
+  return PropertyFile::Replace(fileName, text.Data(), text.Size()) ==
          PropertyFile::kWritten;
 }
 
@@ -99,25 +101,27 @@ bool IniProperties::Store(std::ostream& out, const propstring& header) {
 }
 
 propstring IniProperties::ToText(const propstring& header) const {
-  // Sized first, as in the flat store.
-  size_t size = header.empty() ? 0 : header.size() + 2;
-  for (const auto& section : m_sections) {
-    size += section.first.size() + 4;
-    for (const auto& entry : section.second) {
-      size += entry.first.size() + entry.second.size() + 2;
-    }
+  PropertyTextBuffer text;
+  ToText(header, text);
+  return propstring(text.Data(), text.Size());
+}
+
+void IniProperties::ToText(const propstring& header,
+                           PropertyTextBuffer& text) const {
+  if (!header.empty()) {
+    text.Append(';');
+    text.Append(header);
+    text.Append('\n');
   }
-  propstring text;
-  text.reserve(size);
-  if (!header.empty()) text.append(";").append(header).append("\n");
   for (const auto& section : m_sections) {
-    text.append("[").append(section.first).append("]\n");
+    text.Append('[');
+    text.Append(section.first);
+    text.Append("]\n", 2);
     for (const auto& entry : section.second) {
-      text.append(entry.first).append("=").append(entry.second).append("\n");
+      AppendEntry(entry.first, entry.second, text);
     }
-    text.append("\n");
+    text.Append('\n');
   }
-  return text;
 }
 
 void IniProperties::SetProperty(const propstring& section,

@@ -61,6 +61,8 @@ class IniProperties : public JavaProperties {
 
   // The exact text that Store writes for header.
   propstring ToText(const propstring& header) const;
+  // The same text, appended to text, for the library's own rewrites.
+  void ToText(const propstring& header, PropertyTextBuffer& text) const;
 
   // Inserts or overwrites, creating the section as needed. Nothing is
   // checked; the empty section name is accepted (but never read back).

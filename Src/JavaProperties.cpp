@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "PropertyFile.h"
-#include "PropertyReadBuffer.h"
+#include "PropertyTextBuffer.h"
 
 namespace {
 
@@ -61,7 +61,7 @@ bool JavaProperties::Load(std::istream& in) {
 }
 
 bool JavaProperties::LoadFile(const propstring& fileName, bool& opened) {
-  PropertyReadBuffer text;
+  PropertyTextBuffer text;
   if (ReadForParsing(fileName, text, opened)) {
     ParseText(text.Data(), text.Size());
     return true;
@@ -80,7 +80,9 @@ bool JavaProperties::Store(const propstring& fileName,
         "!fileName.empty()", kFile, 99,
         "bool JavaProperties::Store(const propstring&, const propstring&)");
   }
-  return PropertyFile::Replace(fileName, ToText(header)) ==
+  PropertyTextBuffer text;
+  ToText(header, text);
+  return PropertyFile::Replace(fileName, text.Data(), text.Size()) ==
          PropertyFile::kWritten;
 }
 
@@ -94,22 +96,21 @@ bool JavaProperties::Store(std::ostream& out, const propstring& header) {
 }
 
 propstring JavaProperties::ToText(const propstring& header) const {
-  // Sized first: growing a text of megabytes step by step costs more than
-  // writing it.
-  size_t size = header.empty() ? 0 : header.size() + 2;
-  for (const auto& entry : m_entries) {
-    size += entry.first.size() + entry.second.size() + 2;
+  PropertyTextBuffer text;
+  ToText(header, text);
+  return propstring(text.Data(), text.Size());
+}
+
+void JavaProperties::ToText(const propstring& header,
+                            PropertyTextBuffer& text) const {
+  if (!header.empty()) {
+    text.Append('#');
+    text.Append(header);
+    text.Append('\n');
   }
-  propstring text;
-  text.reserve(size);
-  if (!header.empty()) text.append("#").append(header).append("\n");
   for (const auto& entry : m_entries) {
-    text.append(entry.first);
-    text += '=';
-    text.append(entry.second);
-    text += '\n';
+    AppendEntry(entry.first, entry.second, text);
   }
-  return text;
 }
 
 void JavaProperties::SetProperty(const propstring& key,
@@ -256,14 +257,14 @@ bool JavaProperties::HasOverlongLine(const char* text, size_t size) {
 
 bool JavaProperties::ReadForParsing(const propstring& fileName,
                                     propstring& text, bool& opened) {
-  PropertyReadBuffer buffer;
+  PropertyTextBuffer buffer;
   const bool whole = ReadForParsing(fileName, buffer, opened);
   if (whole) text.assign(buffer.Data(), buffer.Size());
   return whole;
 }
 
 bool JavaProperties::ReadForParsing(const propstring& fileName,
-                                    PropertyReadBuffer& text, bool& opened) {
+                                    PropertyTextBuffer& text, bool& opened) {
   const PropertyFile::ReadResult read = PropertyFile::ReadWhole(fileName, text);
   opened = read != PropertyFile::kCannotOpen;
   return read == PropertyFile::kReadWhole &&
@@ -289,6 +290,18 @@ void JavaProperties::WriteEntry(std::ostream& out, const propstring& key,
   out.write(key.data(), static_cast<std::streamsize>(key.size()));
   out.put('=');
   WriteLine(out, value);
+}
+
+void JavaProperties::AppendEntry(const propstring& key,
+                                 const propstring& value,
+                                 PropertyTextBuffer& text) {
+  // One reservation per line: the copies are then plain moves.
+  char* line = text.Extend(key.size() + value.size() + 2);
+  std::memcpy(line, key.data(), key.size());
+  line += key.size();
+  *line++ = '=';
+  std::memcpy(line, value.data(), value.size());
+  line[value.size()] = '\n';
 }
 
 void JavaProperties::WriteLine(std::ostream& out, const propstring& text) {

@@ -25,7 +25,7 @@
 
 #include "PropertyThreadGuard.h"
 
-class PropertyReadBuffer;
+class PropertyTextBuffer;
 
 class JavaProperties {
  public:
@@ -57,6 +57,8 @@ class JavaProperties {
 
   // The exact text that Store writes for header.
   propstring ToText(const propstring& header) const;
+  // The same text, appended to text, for the library's own rewrites.
+  void ToText(const propstring& header, PropertyTextBuffer& text) const;
 
   // Inserts or overwrites. Nothing is checked.
   void SetProperty(const propstring& key, const propstring& value);
@@ -117,7 +119,7 @@ class JavaProperties {
   static bool ReadForParsing(const propstring& fileName, propstring& text,
                              bool& opened);
   static bool ReadForParsing(const propstring& fileName,
-                             PropertyReadBuffer& text, bool& opened);
+                             PropertyTextBuffer& text, bool& opened);
 
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
   // (NUL-terminated) and logs a read error or an over-long line under
@@ -126,6 +128,9 @@ class JavaProperties {
   // Writes "<key>=<value>" as it stands (nothing quoted or escaped).
   static void WriteEntry(std::ostream& out, const propstring& key,
                          const propstring& value);
+  // Appends the line "<key>=<value>\n" to text.
+  static void AppendEntry(const propstring& key, const propstring& value,
+                          PropertyTextBuffer& text);
   // Writes text and ends the line: a line feed and a flush.
   static void WriteLine(std::ostream& out, const propstring& text);
 

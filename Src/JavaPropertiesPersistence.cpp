@@ -86,7 +86,9 @@ void JavaPropertiesPersistence::DoStore() {
   }
   // A failed write after a successful open goes unreported, as it always
   // has; the in-memory values stay either way.
-  if (PropertyFile::Replace(m_filePath, store.ToText(m_header)) ==
+  PropertyTextBuffer text;
+  store.ToText(m_header, text);
+  if (PropertyFile::Replace(m_filePath, text.Data(), text.Size()) ==
       PropertyFile::kNotOpened) {
     Log(1, kCanNotWrite, m_filePath.c_str());
   }

@@ -15,9 +15,9 @@
 namespace {
 
 // Writes all of text to fd, retrying short writes and interruptions.
-bool WriteAll(int fd, const propstring& text) {
-  const char* next = text.data();
-  size_t left = text.size();
+bool WriteAll(int fd, const char* text, size_t size) {
+  const char* next = text;
+  size_t left = size;
   while (left > 0) {
     const ssize_t written = ::write(fd, next, left);
     if (written < 0 && errno == EINTR) continue;
@@ -81,28 +81,45 @@ void SyncDirectory(const propstring& directory) {
 
 PropertyFile::Result PropertyFile::Replace(const propstring& path,
                                            const propstring& text) {
-  return SafeWrites() ? ReplaceAtomically(path, text)
-                      : ReplaceInPlace(path, text);
+  return Replace(path, text.data(), text.size());
 }
 
 PropertyFile::Result PropertyFile::ReplaceInPlace(const propstring& path,
                                                   const propstring& text) {
+  return ReplaceInPlace(path, text.data(), text.size());
+}
+
+PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
+                                                     const propstring& text) {
+  return ReplaceAtomically(path, text.data(), text.size());
+}
+
+PropertyFile::Result PropertyFile::Replace(const propstring& path,
+                                           const char* text, size_t size) {
+  return SafeWrites() ? ReplaceAtomically(path, text, size)
+                      : ReplaceInPlace(path, text, size);
+}
+
+PropertyFile::Result PropertyFile::ReplaceInPlace(const propstring& path,
+                                                  const char* text,
+                                                  size_t size) {
   const int fd =
       ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (fd < 0) return kNotOpened;
-  const bool written = WriteAll(fd, text);
+  const bool written = WriteAll(fd, text, size);
   // A failing close() is ignored, as closing a written stream always was.
   ::close(fd);
   return written ? kWritten : kWriteFailed;
 }
 
 PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
-                                                     const propstring& text) {
+                                                     const char* text,
+                                                     size_t size) {
   const propstring target = ResolveTarget(path);
   struct stat info;
   const bool exists = !target.empty() && ::stat(target.c_str(), &info) == 0;
   if (target.empty() || (exists && !S_ISREG(info.st_mode))) {
-    return ReplaceInPlace(path, text);
+    return ReplaceInPlace(path, text, size);
   }
   const propstring directory = DirectoryOf(target);
   propstring name = target.substr(target.rfind('/') + 1);
@@ -111,10 +128,10 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
   temporary.insert(temporary.end(), suffix.begin(), suffix.end());
   temporary.push_back('\0');
   const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
-  if (fd < 0) return ReplaceInPlace(path, text);
+  if (fd < 0) return ReplaceInPlace(path, text, size);
 
   CopyModeAndOwner(fd, exists ? &info : nullptr);
-  const bool written = WriteAll(fd, text) && ::fsync(fd) == 0;
+  const bool written = WriteAll(fd, text, size) && ::fsync(fd) == 0;
   const bool closed = ::close(fd) == 0;
   if (!written || !closed) {
     // The target is untouched: a full disk loses nothing.
@@ -123,7 +140,7 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
   }
   if (::rename(temporary.data(), target.c_str()) != 0) {
     ::unlink(temporary.data());
-    return ReplaceInPlace(path, text);
+    return ReplaceInPlace(path, text, size);
   }
   SyncDirectory(directory);
   return kWritten;
@@ -131,14 +148,14 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
 
 PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
                                                  propstring& text) {
-  PropertyReadBuffer buffer;
+  PropertyTextBuffer buffer;
   const ReadResult result = ReadWhole(path, buffer);
   if (result == kReadWhole) text.assign(buffer.Data(), buffer.Size());
   return result;
 }
 
 PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
-                                                 PropertyReadBuffer& buffer) {
+                                                 PropertyTextBuffer& buffer) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return kCannotOpen;
   struct stat info;

@@ -21,7 +21,7 @@
 #ifndef SRC_PROPERTYFILE_H_
 #define SRC_PROPERTYFILE_H_
 
-#include "PropertyReadBuffer.h"
+#include "PropertyTextBuffer.h"
 #include "PropertyThreadGuard.h"
 
 class PropertyFile {
@@ -38,6 +38,13 @@ class PropertyFile {
   static Result ReplaceInPlace(const propstring& path, const propstring& text);
   static Result ReplaceAtomically(const propstring& path,
                                   const propstring& text);
+  // The same with the text [text, text + size).
+  static Result Replace(const propstring& path, const char* text,
+                        size_t size);
+  static Result ReplaceInPlace(const propstring& path, const char* text,
+                               size_t size);
+  static Result ReplaceAtomically(const propstring& path, const char* text,
+                                  size_t size);
   // True if Replace() is ReplaceAtomically() in this build.
   static bool SafeWrites();
 
@@ -52,7 +59,7 @@ class PropertyFile {
   // Reads the whole content of the file at path into buffer (its Size());
   // the byte after the content is writable.
   static ReadResult ReadWhole(const propstring& path,
-                              PropertyReadBuffer& buffer);
+                              PropertyTextBuffer& buffer);
 };
 
 #endif  // SRC_PROPERTYFILE_H_

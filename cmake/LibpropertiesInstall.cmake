@@ -28,7 +28,7 @@ set(PROPERTIES_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/libproperties)
 # Headers that only the library's sources include. No public header may
 # include them (the consumer test compiles every installed header).
 set(PROPERTIES_INTERNAL_HEADERS ${PROJECT_SOURCE_DIR}/Src/PropertyFile.h
-  ${PROJECT_SOURCE_DIR}/Src/PropertyReadBuffer.h)
+  ${PROJECT_SOURCE_DIR}/Src/PropertyTextBuffer.h)
 
 file(GLOB PROPERTIES_INSTALLED_HEADERS CONFIGURE_DEPENDS
   ${PROJECT_SOURCE_DIR}/Src/*.h)

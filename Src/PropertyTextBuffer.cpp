@@ -1,6 +1,6 @@
-// PropertyReadBuffer.cpp - see PropertyReadBuffer.h.
+// PropertyTextBuffer.cpp - see PropertyTextBuffer.h.
 
-#include "PropertyReadBuffer.h"
+#include "PropertyTextBuffer.h"
 
 #include <pthread.h>
 
@@ -50,12 +50,12 @@ char* Allocate(size_t size) {
 
 }  // namespace
 
-PropertyReadBuffer::PropertyReadBuffer()
+PropertyTextBuffer::PropertyTextBuffer()
     : m_data(nullptr), m_capacity(0), m_size(0) {}
 
-PropertyReadBuffer::~PropertyReadBuffer() { Release(); }
+PropertyTextBuffer::~PropertyTextBuffer() { Release(); }
 
-char* PropertyReadBuffer::Reserve(size_t capacity, size_t keep) {
+char* PropertyTextBuffer::Reserve(size_t capacity, size_t keep) {
   if (capacity <= m_capacity) return m_data;
   char* data = nullptr;
   if (capacity <= kKeptSize) {
@@ -72,7 +72,13 @@ char* PropertyReadBuffer::Reserve(size_t capacity, size_t keep) {
   return data;
 }
 
-void PropertyReadBuffer::Release() {
+void PropertyTextBuffer::Grow(size_t size) {
+  // Doubling keeps assembling a large text linear.
+  const size_t needed = m_size + size;
+  Reserve(needed > 2 * m_capacity ? needed : 2 * m_capacity, m_size);
+}
+
+void PropertyTextBuffer::Release() {
   if (m_data == nullptr) return;
   if (m_capacity != kKeptSize || !ReturnKept(m_data)) std::free(m_data);
   m_data = nullptr;

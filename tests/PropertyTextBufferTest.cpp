@@ -1,8 +1,8 @@
-// PropertyReadBufferTest.cpp - the memory behind whole-file reads: a thread
+// PropertyTextBufferTest.cpp - the memory behind whole-file reads: a thread
 // reuses its kept buffer, a buffer in use is never shared, and growing keeps
 // the content.
 
-#include "PropertyReadBuffer.h"
+#include "PropertyTextBuffer.h"
 
 #include <gtest/gtest.h>
 
@@ -18,34 +18,34 @@ namespace {
 using test_support::TempDir;
 using test_support::WriteFile;
 
-const size_t kKept = PropertyReadBuffer::kKeptSize;
+const size_t kKept = PropertyTextBuffer::kKeptSize;
 
 char* KeptBufferOfThisThread() {
-  PropertyReadBuffer buffer;
+  PropertyTextBuffer buffer;
   return buffer.Reserve(1, 0);
 }
 
-TEST(PropertyReadBufferTest, HoldsNothingBeforeTheFirstReserve) {
-  PropertyReadBuffer buffer;
+TEST(PropertyTextBufferTest, HoldsNothingBeforeTheFirstReserve) {
+  PropertyTextBuffer buffer;
   EXPECT_EQ(nullptr, buffer.Data());
   EXPECT_EQ(0u, buffer.Capacity());
   EXPECT_EQ(0u, buffer.Size());
 }
 
-TEST(PropertyReadBufferTest, SmallReadGetsTheWholeKeptSize) {
-  PropertyReadBuffer buffer;
+TEST(PropertyTextBufferTest, SmallReadGetsTheWholeKeptSize) {
+  PropertyTextBuffer buffer;
   buffer.Reserve(10, 0);
   EXPECT_EQ(kKept, buffer.Capacity());
 }
 
-TEST(PropertyReadBufferTest, NextSmallReadOfTheThreadReusesTheSameMemory) {
+TEST(PropertyTextBufferTest, NextSmallReadOfTheThreadReusesTheSameMemory) {
   char* first = KeptBufferOfThisThread();
   EXPECT_EQ(first, KeptBufferOfThisThread());
 }
 
-TEST(PropertyReadBufferTest, BufferInUseIsNotLentToASecondReader) {
-  PropertyReadBuffer outer;
-  PropertyReadBuffer inner;
+TEST(PropertyTextBufferTest, BufferInUseIsNotLentToASecondReader) {
+  PropertyTextBuffer outer;
+  PropertyTextBuffer inner;
   char* outerData = outer.Reserve(100, 0);
   std::memset(outerData, 'o', 100);
   char* innerData = inner.Reserve(100, 0);
@@ -54,18 +54,18 @@ TEST(PropertyReadBufferTest, BufferInUseIsNotLentToASecondReader) {
   EXPECT_EQ(std::string(100, 'o'), std::string(outerData, 100));
 }
 
-TEST(PropertyReadBufferTest, LargeReadGetsMemoryOfItsOwnAndLeavesTheKeptOne) {
+TEST(PropertyTextBufferTest, LargeReadGetsMemoryOfItsOwnAndLeavesTheKeptOne) {
   char* kept = KeptBufferOfThisThread();
   {
-    PropertyReadBuffer large;
+    PropertyTextBuffer large;
     EXPECT_NE(kept, large.Reserve(kKept + 1, 0));
     EXPECT_EQ(kKept + 1, large.Capacity());
   }
   EXPECT_EQ(kept, KeptBufferOfThisThread());
 }
 
-TEST(PropertyReadBufferTest, GrowingKeepsTheRequestedPrefix) {
-  PropertyReadBuffer buffer;
+TEST(PropertyTextBufferTest, GrowingKeepsTheRequestedPrefix) {
+  PropertyTextBuffer buffer;
   char* data = buffer.Reserve(kKept, 0);
   for (size_t i = 0; i < kKept; ++i) data[i] = static_cast<char>(i * 7);
   data = buffer.Reserve(3 * kKept, kKept);
@@ -75,19 +75,19 @@ TEST(PropertyReadBufferTest, GrowingKeepsTheRequestedPrefix) {
   }
 }
 
-TEST(PropertyReadBufferTest, ReserveWithinCapacityChangesNothing) {
-  PropertyReadBuffer buffer;
+TEST(PropertyTextBufferTest, ReserveWithinCapacityChangesNothing) {
+  PropertyTextBuffer buffer;
   char* data = buffer.Reserve(kKept, 0);
   EXPECT_EQ(data, buffer.Reserve(kKept / 2, 0));
   EXPECT_EQ(kKept, buffer.Capacity());
 }
 
-TEST(PropertyReadBufferTest, EveryThreadKeepsABufferOfItsOwn) {
-  PropertyReadBuffer mine;
+TEST(PropertyTextBufferTest, EveryThreadKeepsABufferOfItsOwn) {
+  PropertyTextBuffer mine;
   char* myData = mine.Reserve(1, 0);
   char* otherData = nullptr;
   std::thread other([&otherData] {
-    PropertyReadBuffer theirs;
+    PropertyTextBuffer theirs;
     otherData = theirs.Reserve(1, 0);
     std::memset(otherData, 't', kKept);
   });
@@ -95,30 +95,30 @@ TEST(PropertyReadBufferTest, EveryThreadKeepsABufferOfItsOwn) {
   EXPECT_NE(myData, otherData);
 }
 
-TEST(PropertyReadBufferTest, ReadWholeFillsTheBufferAndSetsItsSize) {
+TEST(PropertyTextBufferTest, ReadWholeFillsTheBufferAndSetsItsSize) {
   TempDir dir;
   const std::string path = dir.File("text");
   const std::string text(kKept + 123, 'x');
   WriteFile(path, text);
-  PropertyReadBuffer buffer;
+  PropertyTextBuffer buffer;
   ASSERT_EQ(PropertyFile::kReadWhole, PropertyFile::ReadWhole(path, buffer));
   EXPECT_EQ(text, std::string(buffer.Data(), buffer.Size()));
   EXPECT_GT(buffer.Capacity(), buffer.Size());
 }
 
-TEST(PropertyReadBufferTest, ReadWholeOfAnEmptyFileGivesAnEmptyText) {
+TEST(PropertyTextBufferTest, ReadWholeOfAnEmptyFileGivesAnEmptyText) {
   TempDir dir;
   const std::string path = dir.File("empty");
   WriteFile(path, "");
-  PropertyReadBuffer buffer;
+  PropertyTextBuffer buffer;
   ASSERT_EQ(PropertyFile::kReadWhole, PropertyFile::ReadWhole(path, buffer));
   EXPECT_EQ(0u, buffer.Size());
 }
 
 // A file whose size is not known beforehand (the kernel reports 0) is still
 // read whole.
-TEST(PropertyReadBufferTest, ReadWholeReadsPastTheReportedSize) {
-  PropertyReadBuffer buffer;
+TEST(PropertyTextBufferTest, ReadWholeReadsPastTheReportedSize) {
+  PropertyTextBuffer buffer;
   ASSERT_EQ(PropertyFile::kReadWhole,
             PropertyFile::ReadWhole("/proc/self/status", buffer));
   EXPECT_GT(buffer.Size(), 0u);

@@ -1,0 +1,66 @@
+// PropertyTextBuffer.h - memory for the whole text of a property file, as
+// it is read before parsing or assembled before a rewrite.
+//
+// A thread keeps one buffer of kKeptSize bytes between its uses, so that
+// reading or writing a typical configuration file allocates no text buffer
+// at all; for reads, that also spares the heap the consolidation that a
+// large allocation causes right after a table of small nodes was freed,
+// which is what a load following a load does. Larger texts get memory of
+// their own, released with the buffer, and so does a buffer taken while the
+// thread's one is in use (a load from a Log hook during a load).
+//
+// The kept buffer is released when its thread exits; the main thread's stays
+// until the process ends. Internal to the library: not installed.
+
+#ifndef SRC_PROPERTYTEXTBUFFER_H_
+#define SRC_PROPERTYTEXTBUFFER_H_
+
+#include <cstddef>
+#include <cstring>
+
+#include "PropertyThreadGuard.h"
+
+class PropertyTextBuffer {
+ public:
+  enum { kKeptSize = 64 * 1024 };
+
+  PropertyTextBuffer();  // Empty, and holding no memory yet.
+  ~PropertyTextBuffer();
+
+  // Makes room for at least capacity bytes, keeping the first keep bytes of
+  // the content, and returns the start. Throws std::bad_alloc.
+  char* Reserve(size_t capacity, size_t keep);
+  char* Data() const { return m_data; }
+  size_t Capacity() const { return m_capacity; }
+  // The length of the content.
+  size_t Size() const { return m_size; }
+  void SetSize(size_t size) { m_size = size; }
+
+  // Lengthens the content by size bytes and returns where they start, for
+  // the caller to fill. Throws std::bad_alloc.
+  char* Extend(size_t size) {
+    if (m_capacity - m_size < size) Grow(size);
+    char* start = m_data + m_size;
+    m_size += size;
+    return start;
+  }
+  void Append(const char* text, size_t size) {
+    if (size > 0) std::memcpy(Extend(size), text, size);
+  }
+  void Append(const propstring& text) { Append(text.data(), text.size()); }
+  void Append(char c) { *Extend(1) = c; }
+
+ private:
+  PropertyTextBuffer(const PropertyTextBuffer&);
+  PropertyTextBuffer& operator=(const PropertyTextBuffer&);
+
+  // Makes room for size more bytes after the content.
+  void Grow(size_t size);
+  void Release();
+
+  char* m_data;
+  size_t m_capacity;
+  size_t m_size;
+};
+
+#endif  // SRC_PROPERTYTEXTBUFFER_H_

@@ -1,0 +1,120 @@
+// FileWriteTest.cpp - the library's own rewrites (the text assembled in
+// memory and written in one go) against the stream writer: the same bytes at
+// every size, around and far beyond the buffer a thread keeps.
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "IniProperties.h"
+#include "JavaProperties.h"
+#include "PropertyTextBuffer.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using test_support::ReadFile;
+using test_support::TempDir;
+
+const char kHeader[] = "written by FileWriteTest";
+
+// Fills store with entries until its text is at least size bytes long.
+void FillTo(size_t size, JavaProperties& store) {
+  size_t written = 0;
+  for (int i = 0; written < size; ++i) {
+    const std::string key = "key" + std::to_string(1000000 + i);
+    // Now and then a long line, so that a line may straddle a growth.
+    const std::string value(i % 256 == 255 ? 400 : static_cast<size_t>(i % 97),
+                            'v');
+    store.SetProperty(key, value);
+    written += key.size() + value.size() + 2;
+  }
+}
+
+void FillTo(size_t size, IniProperties& store) {
+  size_t written = 0;
+  for (int i = 0; written < size; ++i) {
+    const std::string section = "section" + std::to_string(i / 20);
+    const std::string key = "key" + std::to_string(i);
+    const std::string value(static_cast<size_t>(i % 89), 'v');
+    store.SetProperty(section, key, value);
+    written += key.size() + value.size() + 2;
+    if (i % 20 == 0) written += section.size() + 4;
+  }
+}
+
+template <typename Store>
+std::string StreamText(Store& store) {
+  std::ostringstream out;
+  EXPECT_TRUE(store.Store(out, kHeader));
+  return out.str();
+}
+
+template <typename Store>
+class FileWriteTest : public testing::Test {
+ protected:
+  // The file text and the stream text of a table of about size bytes.
+  void ExpectSameBytesAt(size_t size) {
+    Store store;
+    FillTo(size, store);
+    const std::string path = m_dir.File("out" + std::to_string(size));
+    ASSERT_TRUE(store.Store(path, kHeader));
+    const std::string expected = StreamText(store);
+    EXPECT_EQ(expected, ReadFile(path)) << "at about " << size << " bytes";
+    EXPECT_EQ(expected, store.ToText(kHeader));
+  }
+
+  TempDir m_dir;
+};
+
+typedef testing::Types<JavaProperties, IniProperties> Stores;
+TYPED_TEST_SUITE(FileWriteTest, Stores);
+
+TYPED_TEST(FileWriteTest, EmptyTableWritesTheHeaderOnly) {
+  TypeParam store;
+  const std::string path = this->m_dir.File("empty");
+  ASSERT_TRUE(store.Store(path, kHeader));
+  EXPECT_EQ(StreamText(store), ReadFile(path));
+}
+
+TYPED_TEST(FileWriteTest, SmallTableWritesTheStreamBytes) {
+  this->ExpectSameBytesAt(100);
+}
+
+TYPED_TEST(FileWriteTest, TextAroundTheKeptBufferWritesTheStreamBytes) {
+  for (size_t size : {PropertyTextBuffer::kKeptSize - 64u,
+                      PropertyTextBuffer::kKeptSize + 0u,
+                      PropertyTextBuffer::kKeptSize + 64u}) {
+    this->ExpectSameBytesAt(size);
+  }
+}
+
+TYPED_TEST(FileWriteTest, LargeTextWritesTheStreamBytes) {
+  this->ExpectSameBytesAt(3000000);
+}
+
+TEST(PropertyTextBufferAppendTest, ExtendGrowsAndKeepsEverything) {
+  PropertyTextBuffer text;
+  std::string expected;
+  for (int i = 0; i < 20000; ++i) {
+    const std::string piece = std::to_string(i) + ",";
+    text.Append(piece);
+    expected += piece;
+  }
+  text.Append('!');
+  text.Append("", 0);
+  expected += '!';
+  ASSERT_EQ(expected.size(), text.Size());
+  EXPECT_EQ(expected, std::string(text.Data(), text.Size()));
+}
+
+TEST(PropertyTextBufferAppendTest, ExtendReturnsTheEndOfTheContent) {
+  PropertyTextBuffer text;
+  text.Append("abc", 3);
+  char* end = text.Extend(2);
+  EXPECT_EQ(text.Data() + 3, end);
+  EXPECT_EQ(5u, text.Size());
+}
+
+}  // namespace
