@@ -20,6 +20,32 @@ char kSetting[] = "Setting '%s' of '%s' to '%s'";
 char kNotFound[] = "Property '%s' at Section '%s' was not found";
 
 typedef std::map<propstring, propstring> Section;
+typedef std::map<propstring, Section> Sections;
+
+// Files list their sections in name order when the library wrote them, so
+// the last section is looked at first: constant time instead of a search.
+Section& SectionNamed(Sections& sections, const propstring& name) {
+  if (sections.empty() || sections.rbegin()->first < name) {
+    return sections.emplace_hint(sections.end(), name, Section())->second;
+  }
+  return sections[name];
+}
+
+// Whether the line whose first byte that is not a blank is first must be
+// cleaned as a whole to see if it is a header: every line with a '[' is. For
+// an entry line, only a leading quote makes that cleaning change what is
+// read, so the other lines with a '[' further on need not be searched.
+bool MayBeHeader(const char* first, const char* end) {
+  if (first == end) return false;
+  if (*first == '[') return true;
+  return *first == '"' &&
+         std::memchr(first, '[', static_cast<size_t>(end - first)) != nullptr;
+}
+
+bool HasSection(const Sections& sections, const propstring& name) {
+  return !sections.empty() && !(sections.rbegin()->first < name) &&
+         sections.count(name) != 0;
+}
 
 // The name of the header line [text, end) (which starts with '['): up to
 // the last ']', or, for a line without one, the rest of the line.
@@ -166,14 +192,14 @@ void IniProperties::ParseLine(char* line, char* end, int lineNumber,
   char* comment = static_cast<char*>(
       std::memchr(line, ';', static_cast<size_t>(end - line)));
   if (comment != nullptr) end = comment;
-  if (std::memchr(line, '[', static_cast<size_t>(end - line)) != nullptr) {
+  if (MayBeHeader(SkipBlanks(line, end), end)) {
     // The whole line is cleaned, so a header may stand in blanks or quotes;
     // an entry line goes on cleaned.
     line = ExtractField(line, end);
     if (line < end && line[0] == '[') {
       EndSection(current, pending);
       TakeSectionName(line, end, current);
-      if (m_sections.count(current) != 0) {
+      if (HasSection(m_sections, current)) {
         Log(1, kRedefinesSection, lineNumber);
       }
       return;
@@ -190,7 +216,7 @@ void IniProperties::ParseLine(char* line, char* end, int lineNumber,
 }
 
 void IniProperties::EndSection(const propstring& current, Table& pending) {
-  if (!current.empty()) m_sections[current].swap(pending);
+  if (!current.empty()) SectionNamed(m_sections, current).swap(pending);
   pending.clear();
 }
 

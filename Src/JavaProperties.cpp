@@ -200,7 +200,7 @@ JavaProperties::Table::iterator JavaProperties::Insert(
 }
 
 char* JavaProperties::ExtractField(char* begin, char*& end) {
-  while (begin < end && IsBlank(*begin)) ++begin;
+  begin = SkipBlanks(begin, end);
   const bool quoted = begin < end && *begin == '"';
   if (quoted) ++begin;
   char* start = begin;
@@ -214,6 +214,11 @@ char* JavaProperties::ExtractField(char* begin, char*& end) {
     }
   }
   return start;
+}
+
+char* JavaProperties::SkipBlanks(char* begin, char* end) {
+  while (begin < end && IsBlank(*begin)) ++begin;
+  return begin;
 }
 
 char* JavaProperties::TakeLine(char*& cursor, char* end, int lineNumber,
@@ -244,15 +249,17 @@ bool JavaProperties::HasOverlongLine(const propstring& text) {
 }
 
 bool JavaProperties::HasOverlongLine(const char* text, size_t size) {
+  // A line is too long exactly when 512 bytes from its start hold no line
+  // feed; the last line feed of such a window starts the next line to look
+  // at. One search per window instead of one per line.
+  const size_t window = kLineBufferSize;
   const char* const end = text + size;
-  for (;;) {
-    const char* feed = static_cast<const char*>(
-        std::memchr(text, '\n', static_cast<size_t>(end - text)));
-    const char* lineEnd = feed == nullptr ? end : feed;
-    if (lineEnd - text > kLineBufferSize - 1) return true;
-    if (feed == nullptr) return false;
-    text = feed + 1;
+  while (static_cast<size_t>(end - text) > window - 1) {
+    const void* feed = ::memrchr(text, '\n', window);
+    if (feed == nullptr) return true;
+    text = static_cast<const char*>(feed) + 1;
   }
+  return false;
 }
 
 bool JavaProperties::ReadForParsing(const propstring& fileName,

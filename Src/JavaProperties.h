@@ -101,6 +101,8 @@ class JavaProperties {
   // Extract() on the field [begin, end) without writing to it: returns the
   // start of the cleaned field and moves end to its end.
   static char* ExtractField(char* begin, char*& end);
+  // The first byte of [begin, end) that is not a blank, or end.
+  static char* SkipBlanks(char* begin, char* end);
   // Cuts the next line out of [cursor, end) in place and logs it if it is
   // 511 characters long with a line feed after it (as the stream reader
   // does). Sets more to false at the last line, which ends at end.

@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -90,7 +92,8 @@ std::vector<std::string> EdgeCases() {
           " \t\v\f\r\n=\n==\n#=\n;=\n[s];x\n a = b # c ; d\n",
           std::string("[s\0]\nk\0=1\nk=\0v\n", 15),
           std::string("k=1\0", 4) + std::string(500, 'x') + "\nn=2\n",
-          "z=1\ny=2\nz=3\nx=4\n"};
+          "z=1\ny=2\nz=3\nx=4\n",
+          "[s]\n k = [v] \nk2=\"[x]\"\n \"q\" = [r]\n\t\"[t]\" \nk3=v\n"};
 }
 
 // A file of the given size, made of entries in key order, so that a file of
@@ -151,6 +154,60 @@ void ExpectSameOnEveryFile(const std::vector<std::string>& paths) {
     ++compared;
   }
   EXPECT_GT(compared, 0);
+}
+
+// Opens the over-long-line check of the whole-file path to the tests.
+class LineCheck : public JavaProperties {
+ public:
+  static bool Overlong(const std::string& text) {
+    return HasOverlongLine(text.data(), text.size());
+  }
+};
+
+// The plain definition: some line, the last one included, holds more than
+// 511 characters.
+bool NaiveOverlong(const std::string& text) {
+  size_t start = 0;
+  for (;;) {
+    const size_t feed = text.find('\n', start);
+    const size_t end = feed == std::string::npos ? text.size() : feed;
+    if (end - start > 511) return true;
+    if (feed == std::string::npos) return false;
+    start = feed + 1;
+  }
+}
+
+TEST(OverlongLineTest, FindsALineOf512CharactersWhereverItIs) {
+  for (size_t before : {0u, 1u, 100u, 511u, 512u, 513u, 3000u}) {
+    // Short lines of before bytes in all.
+    std::string head;
+    while (head.size() < before) {
+      const size_t left = before - head.size();
+      head += std::string(std::min<size_t>(left, 100) - 1, 'a') + "\n";
+    }
+    EXPECT_TRUE(LineCheck::Overlong(head + std::string(512, 'x'))) << before;
+    EXPECT_TRUE(LineCheck::Overlong(head + std::string(512, 'x') + "\n"))
+        << before;
+    EXPECT_FALSE(LineCheck::Overlong(head + std::string(511, 'x'))) << before;
+    EXPECT_FALSE(LineCheck::Overlong(head + std::string(511, 'x') + "\n"))
+        << before;
+  }
+}
+
+TEST(OverlongLineTest, AgreesWithTheLineByLineDefinitionOnRandomTexts) {
+  std::mt19937 random(20261121);
+  for (int round = 0; round < 3000; ++round) {
+    std::string text;
+    const int lines = static_cast<int>(random() % 12);
+    for (int i = 0; i < lines; ++i) {
+      // Mostly short lines, now and then one near the limit.
+      const size_t length = random() % 4 == 0 ? 500 + random() % 24
+                                              : random() % 80;
+      text.append(length, 'k');
+      if (i + 1 < lines || random() % 2 == 0) text += '\n';
+    }
+    ASSERT_EQ(NaiveOverlong(text), LineCheck::Overlong(text)) << text.size();
+  }
 }
 
 class FileReadTest : public testing::Test {
