@@ -304,10 +304,10 @@ void JavaProperties::AppendEntry(const propstring& key,
                                  PropertyTextBuffer& text) {
   // One reservation per line: the copies are then plain moves.
   char* line = text.Extend(key.size() + value.size() + 2);
-  std::memcpy(line, key.data(), key.size());
+  PropertyTextBuffer::Copy(line, key.data(), key.size());
   line += key.size();
   *line++ = '=';
-  std::memcpy(line, value.data(), value.size());
+  PropertyTextBuffer::Copy(line, value.data(), value.size());
   line[value.size()] = '\n';
 }
 

@@ -44,11 +44,25 @@ class PropertyTextBuffer {
     m_size += size;
     return start;
   }
-  void Append(const char* text, size_t size) {
-    if (size > 0) std::memcpy(Extend(size), text, size);
-  }
+  void Append(const char* text, size_t size) { Copy(Extend(size), text, size); }
   void Append(const propstring& text) { Append(text.data(), text.size()); }
   void Append(char c) { *Extend(1) = c; }
+
+  // memcpy() for the short pieces a property file is made of: keys and
+  // values up to 32 bytes are copied inline, longer ones by memcpy().
+  static void Copy(char* to, const char* from, size_t size) {
+    if (size >= 16 && size <= 32) {
+      std::memcpy(to, from, 16);
+      std::memcpy(to + size - 16, from + size - 16, 16);
+    } else if (size >= 8 && size < 16) {
+      std::memcpy(to, from, 8);
+      std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size < 8) {
+      for (size_t i = 0; i < size; ++i) to[i] = from[i];
+    } else {
+      std::memcpy(to, from, size);
+    }
+  }
 
  private:
   PropertyTextBuffer(const PropertyTextBuffer&);

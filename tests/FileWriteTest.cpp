@@ -117,4 +117,16 @@ TEST(PropertyTextBufferAppendTest, ExtendReturnsTheEndOfTheContent) {
   EXPECT_EQ(5u, text.Size());
 }
 
+TEST(PropertyTextBufferAppendTest, CopyCopiesEverySizeExactly) {
+  std::string source;
+  for (int i = 0; i < 100; ++i) source += static_cast<char>('A' + i % 50);
+  for (size_t size = 0; size <= source.size(); ++size) {
+    std::string target(source.size() + 8, '.');
+    PropertyTextBuffer::Copy(&target[0], source.data(), size);
+    EXPECT_EQ(source.substr(0, size), target.substr(0, size)) << size;
+    EXPECT_EQ(std::string(target.size() - size, '.'), target.substr(size))
+        << size;
+  }
+}
+
 }  // namespace
