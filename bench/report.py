@@ -311,6 +311,73 @@ class Report:
                 1000, "%.2f×" % speed, speed >= 4)
         self.emit()
 
+    def summary(self):
+        sizes = sorted(size for (name, size) in self.results
+                       if name == "BM_Ours_LoadFile_Flat")
+        if not sizes:
+            return
+        columns = [(fmt, size) for fmt in FORMATS for size in sizes]
+
+        def cell(value, good):
+            if value is None:
+                return "-"
+            text = "%.2f×" % value
+            return text if good is None or good(value) else "**%s**" % text
+
+        def line(title, compute, good=None):
+            self.emit("| %s | %s |" % (title, " | ".join(
+                cell(compute(fmt, size), good) for fmt, size in columns)))
+
+        def speed(impl, fmt, size, operation="LoadFile"):
+            other = self.get(impl, operation, fmt, size)
+            ours = self.get("Ours", operation, fmt, size)
+            return other.seconds / ours.seconds if other and ours else None
+
+        def best_possible(fmt, size):
+            table = self.get("TableOnly", "Build", fmt, size)
+            floor = self.get("Floor", "LoadFile", fmt, size)
+            plain = self.get("Plain", "LoadFile", fmt, size)
+            if not (table and floor and plain):
+                return None
+            return plain.seconds / (floor.seconds + table.seconds)
+
+        def nearest_peer(fmt, size):
+            speeds = [speed(impl, fmt, size) for impl in IMPLS[3:]]
+            speeds = [x for x in speeds if x is not None]
+            return min(speeds) if speeds else None
+
+        def store(fmt, size):
+            ours = self.get("Ours", "StoreFile", fmt, size)
+            floor = self.get("Floor", "StoreFile", fmt, size)
+            return ours.seconds / floor.seconds if ours and floor else None
+
+        def set_value(fmt, size):
+            ours = self.results.get(("BM_Ours_SetValue_%s" % fmt, size))
+            plain = self.results.get(("BM_Plain_SetValue_%s" % fmt, size))
+            if not (ours and plain and ours.seconds and plain.seconds):
+                return None
+            return plain.seconds / ours.seconds
+
+        self.emit("## Summary")
+        self.emit()
+        self.emit("Bold: a target missed. *Most any reader can gain* is the "
+                  "straightforward reader's time over read floor + table "
+                  "(see the lower bound below).")
+        self.emit()
+        self.emit("| | %s |" % " | ".join(
+            "%s %d" % (FORMAT_TEXT[fmt], size) for fmt, size in columns))
+        self.emit("|---|%s" % ("---:|" * len(columns)))
+        line("load file: libproperties ÷ straightforward (target ≥ 2×)",
+             lambda f, n: speed("Plain", f, n), lambda x: x >= 2)
+        line("load file: most any reader can gain", best_possible)
+        line("load file: libproperties ÷ the nearest peer (target > 1×)",
+             nearest_peer, lambda x: x > 1)
+        line("store file: × one write() (target ≤ 1.5× at 1000)", store,
+             None)
+        line("SetValue: libproperties ÷ straightforward (target ≥ 4× at "
+             "1000)", set_value, None)
+        self.emit()
+
     def bounds(self):
         rows = []
         for fmt in FORMATS:
@@ -365,6 +432,7 @@ def main(argv):
     context, results = load_results(argv[1])
     report = Report(context, results)
     report.header()
+    report.summary()
     report.targets()
     report.bounds()
     report.size_tables()
