@@ -31,10 +31,10 @@ Section& SectionNamed(Sections& sections, const propstring& name) {
   return sections[name];
 }
 
-// Whether the line whose first byte that is not a blank is first must be
-// cleaned as a whole to see if it is a header: every line with a '[' is. For
-// an entry line, only a leading quote makes that cleaning change what is
-// read, so the other lines with a '[' further on need not be searched.
+// True if a line must be cleaned as a whole before it is read; first is its
+// first byte that is not a blank. Every line holding a '[' is cleaned, but
+// cleaning changes nothing for a line that starts with neither '[' nor a
+// quote, so only quoted lines are searched for a '['.
 bool MayBeHeader(const char* first, const char* end) {
   if (first == end) return false;
   if (*first == '[') return true;
@@ -42,6 +42,7 @@ bool MayBeHeader(const char* first, const char* end) {
          std::memchr(first, '[', static_cast<size_t>(end - first)) != nullptr;
 }
 
+// Looks at the last section first, as SectionNamed() does.
 bool HasSection(const Sections& sections, const propstring& name) {
   return !sections.empty() && !(sections.rbegin()->first < name) &&
          sections.count(name) != 0;
