@@ -1,6 +1,8 @@
 // FileReadTest.cpp - the library's own file reads (one read of the whole
 // file, parsed in memory) against the stream reader: same table, same result,
-// same log lines, for edge cases and for every file of the fuzz corpora.
+// same log lines, for edge cases, files of every size and every file of the
+// fuzz corpora; and the library's reads against a plain reference reader
+// that shares no code with it.
 
 #include <gtest/gtest.h>
 
@@ -15,11 +17,14 @@
 #include "IniProperties.h"
 #include "JavaProperties.h"
 #include "support/LogRecorder.h"
+#include "support/ReferenceReader.h"
 #include "support/TempDir.h"
 
 namespace {
 
 using test_support::LogRecorder;
+using test_support::ReadFile;
+using test_support::ReferenceOutcome;
 using test_support::TempDir;
 using test_support::WriteFile;
 
@@ -210,6 +215,31 @@ TEST(OverlongLineTest, AgreesWithTheLineByLineDefinitionOnRandomTexts) {
   }
 }
 
+// What the plain reference reader gives for the file, from the same preset.
+ReferenceOutcome Reference(JavaProperties*, const std::string& text) {
+  return test_support::ReadFlatReference(text, {{"b", "before"}});
+}
+ReferenceOutcome Reference(IniProperties*, const std::string& text) {
+  return test_support::ReadIniReference(text, {{"s", {{"b", "before"}}}});
+}
+
+// The library's reader against the reference reader, which shares no code
+// with it: the same table and the same log on every file.
+template <typename Store>
+void ExpectReferenceOnEveryFile(const std::vector<std::string>& paths) {
+  int compared = 0;
+  for (const std::string& path : paths) {
+    if (HasOverlongLine(path)) continue;
+    const Outcome ours = LoadWith<Store>(path, true);
+    const ReferenceOutcome reference =
+        Reference(static_cast<Store*>(nullptr), ReadFile(path));
+    EXPECT_EQ(reference.table, ours.table) << path;
+    EXPECT_EQ(reference.log, ours.log) << path;
+    ++compared;
+  }
+  EXPECT_GT(compared, 0);
+}
+
 class FileReadTest : public testing::Test {
  protected:
   std::vector<std::string> Files(const std::vector<std::string>& texts) {
@@ -239,6 +269,23 @@ TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadAtEverySize) {
 
 TEST_F(FileReadTest, IniWholeFileReadEqualsStreamReadAtEverySize) {
   ExpectSameOnEveryFile<IniProperties>(Files(SizedCases()));
+}
+
+TEST_F(FileReadTest, FlatReadEqualsReferenceReaderOnEdgeCases) {
+  ExpectReferenceOnEveryFile<JavaProperties>(EdgeCaseFiles());
+}
+
+TEST_F(FileReadTest, IniReadEqualsReferenceReaderOnEdgeCases) {
+  ExpectReferenceOnEveryFile<IniProperties>(EdgeCaseFiles());
+}
+
+TEST_F(FileReadTest, FlatReadEqualsReferenceReaderOnFuzzCorpus) {
+  ExpectReferenceOnEveryFile<JavaProperties>(
+      CorpusFiles("JavaPropertiesFuzzer"));
+}
+
+TEST_F(FileReadTest, IniReadEqualsReferenceReaderOnFuzzCorpus) {
+  ExpectReferenceOnEveryFile<IniProperties>(CorpusFiles("IniPropertiesFuzzer"));
 }
 
 TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadOnFuzzCorpus) {
