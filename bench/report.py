@@ -267,6 +267,35 @@ class Report:
                 "-" if impl == "Ours" else ratio(ours.get(fmt), peak)))
         self.emit()
 
+    # The ratios the targets are about; None where a run is missing.
+
+    def load_speedup(self, impl, fmt, size):
+        """impl's load time over libproperties' (above 1: ours is faster)."""
+        other = self.get(impl, "LoadFile", fmt, size)
+        ours = self.get("Ours", "LoadFile", fmt, size)
+        return other.seconds / ours.seconds if other and ours else None
+
+    def best_possible(self, fmt, size):
+        """The straightforward reader's load time over read floor + table."""
+        table = self.get("TableOnly", "Build", fmt, size)
+        floor = self.get("Floor", "LoadFile", fmt, size)
+        plain = self.get("Plain", "LoadFile", fmt, size)
+        if not (table and floor and plain):
+            return None
+        return plain.seconds / (floor.seconds + table.seconds)
+
+    def store_over_floor(self, fmt, size):
+        ours = self.get("Ours", "StoreFile", fmt, size)
+        floor = self.get("Floor", "StoreFile", fmt, size)
+        return ours.seconds / floor.seconds if ours and floor else None
+
+    def set_value_speedup(self, fmt, size):
+        ours = self.results.get(("BM_Ours_SetValue_%s" % fmt, size))
+        plain = self.results.get(("BM_Plain_SetValue_%s" % fmt, size))
+        if not (ours and plain and ours.seconds and plain.seconds):
+            return None
+        return plain.seconds / ours.seconds
+
     def targets(self):
         self.emit("## Targets")
         self.emit()
@@ -275,40 +304,29 @@ class Report:
         sizes = sorted({size for (name, size) in self.results
                         if name.endswith("_LoadFile_Flat")})
 
-        def row(target, fmt, size, value, met):
-            self.emit("| %s | %s | %s | %s | %s |" % (
-                target, fmt, size, value, "yes" if met else "**MISSED**"))
+        def row(target, fmt, size, value, text, met):
+            if value is not None:
+                self.emit("| %s | %s | %s | %s | %s |" % (
+                    target, FORMAT_TEXT[fmt], size, text % value,
+                    "yes" if met(value) else "**MISSED**"))
 
         for fmt in FORMATS:
             for size in sizes:
-                ours = self.get("Ours", "LoadFile", fmt, size)
-                plain = self.get("Plain", "LoadFile", fmt, size)
-                if ours and plain:
-                    speed = plain.seconds / ours.seconds
-                    row("load file ≥ 2× straightforward reader",
-                        FORMAT_TEXT[fmt], size, "%.2f×" % speed, speed >= 2)
+                row("load file ≥ 2× straightforward reader", fmt, size,
+                    self.load_speedup("Plain", fmt, size), "%.2f×",
+                    lambda x: x >= 2)
         for fmt in FORMATS:
             for size in sizes:
-                ours = self.get("Ours", "LoadFile", fmt, size)
                 for impl in IMPLS[3:]:
-                    peer = self.get(impl, "LoadFile", fmt, size)
-                    if ours and peer:
-                        speed = peer.seconds / ours.seconds
-                        row("load file faster than %s" % IMPL_TEXT[impl],
-                            FORMAT_TEXT[fmt], size, "%.2f×" % speed, speed > 1)
+                    row("load file faster than %s" % IMPL_TEXT[impl], fmt,
+                        size, self.load_speedup(impl, fmt, size), "%.2f×",
+                        lambda x: x > 1)
         for fmt in FORMATS:
-            ours = self.get("Ours", "StoreFile", fmt, 1000)
-            floor = self.get("Floor", "StoreFile", fmt, 1000)
-            if ours and floor:
-                slower = ours.seconds / floor.seconds
-                row("store file within 1.5× of one write()", FORMAT_TEXT[fmt],
-                    1000, "%.2f× floor" % slower, slower <= 1.5)
-        ours = self.results.get(("BM_Ours_SetValue_Flat", 1000))
-        plain = self.results.get(("BM_Plain_SetValue_Flat", 1000))
-        if ours and plain and ours.seconds and plain.seconds:
-            speed = plain.seconds / ours.seconds
-            row("SetValue (bound, 1k entries) ≥ 4× straightforward", "flat",
-                1000, "%.2f×" % speed, speed >= 4)
+            row("store file within 1.5× of one write()", fmt, 1000,
+                self.store_over_floor(fmt, 1000), "%.2f× floor",
+                lambda x: x <= 1.5)
+        row("SetValue (bound, 1k entries) ≥ 4× straightforward", "Flat", 1000,
+            self.set_value_speedup("Flat", 1000), "%.2f×", lambda x: x >= 4)
         self.emit()
 
     def summary(self):
@@ -328,35 +346,10 @@ class Report:
             self.emit("| %s | %s |" % (title, " | ".join(
                 cell(compute(fmt, size), good) for fmt, size in columns)))
 
-        def speed(impl, fmt, size, operation="LoadFile"):
-            other = self.get(impl, operation, fmt, size)
-            ours = self.get("Ours", operation, fmt, size)
-            return other.seconds / ours.seconds if other and ours else None
-
-        def best_possible(fmt, size):
-            table = self.get("TableOnly", "Build", fmt, size)
-            floor = self.get("Floor", "LoadFile", fmt, size)
-            plain = self.get("Plain", "LoadFile", fmt, size)
-            if not (table and floor and plain):
-                return None
-            return plain.seconds / (floor.seconds + table.seconds)
-
         def nearest_peer(fmt, size):
-            speeds = [speed(impl, fmt, size) for impl in IMPLS[3:]]
+            speeds = [self.load_speedup(impl, fmt, size) for impl in IMPLS[3:]]
             speeds = [x for x in speeds if x is not None]
             return min(speeds) if speeds else None
-
-        def store(fmt, size):
-            ours = self.get("Ours", "StoreFile", fmt, size)
-            floor = self.get("Floor", "StoreFile", fmt, size)
-            return ours.seconds / floor.seconds if ours and floor else None
-
-        def set_value(fmt, size):
-            ours = self.results.get(("BM_Ours_SetValue_%s" % fmt, size))
-            plain = self.results.get(("BM_Plain_SetValue_%s" % fmt, size))
-            if not (ours and plain and ours.seconds and plain.seconds):
-                return None
-            return plain.seconds / ours.seconds
 
         self.emit("## Summary")
         self.emit()
@@ -368,14 +361,14 @@ class Report:
             "%s %d" % (FORMAT_TEXT[fmt], size) for fmt, size in columns))
         self.emit("|---|%s" % ("---:|" * len(columns)))
         line("load file: libproperties ÷ straightforward (target ≥ 2×)",
-             lambda f, n: speed("Plain", f, n), lambda x: x >= 2)
-        line("load file: most any reader can gain", best_possible)
+             lambda f, n: self.load_speedup("Plain", f, n), lambda x: x >= 2)
+        line("load file: most any reader can gain", self.best_possible)
         line("load file: libproperties ÷ the nearest peer (target > 1×)",
              nearest_peer, lambda x: x > 1)
-        line("store file: × one write() (target ≤ 1.5× at 1000)", store,
-             None)
+        line("store file: × one write() (target ≤ 1.5× at 1000)",
+             self.store_over_floor)
         line("SetValue: libproperties ÷ straightforward (target ≥ 4× at "
-             "1000)", set_value, None)
+             "1000)", self.set_value_speedup)
         self.emit()
 
     def bounds(self):
