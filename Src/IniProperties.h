@@ -15,7 +15,7 @@
 // order: "[name]", its entries as key=value in byte order, an empty line.
 //
 // The flat table of the base class is not used; the base class lends its
-// field cleaning (Extract) and line reading.
+// field cleaning (Extract).
 //
 // Not thread-safe: callers serialise access to one object.
 //
@@ -44,15 +44,11 @@ class IniProperties : public JavaProperties {
   // if in was not good at entry or a read error occurred; what was read
   // stays. Never returns if a line holds 512 or more characters.
   bool Load(std::istream& in);
-  // Load(fileName) without the assertion, for the library's own reads: sets
-  // opened to false, and returns false, if the file cannot be opened. Reads a
-  // regular file in one go and parses it in memory, with the same store, the
-  // same result and the same log lines as Load(std::istream&) on it.
-  bool LoadFile(const propstring& fileName, bool& opened);
 
-  // Writes the store to fileName, replacing its content, in one write (see
-  // PropertyFile.h). Returns false if the file cannot be opened or the
-  // write fails. REQUIRES: fileName is not empty (asserted).
+  // Writes the store to fileName, replacing its content in one write (the
+  // way every rewrite of the library does it). Returns false if the file
+  // cannot be opened or the write fails. REQUIRES: fileName is not empty
+  // (asserted).
   bool Store(const propstring& fileName, const propstring& header);
   // Writes ";<header>" (if header is not empty) and every section. Returns
   // true iff out is good afterwards; writes nothing and returns false if out
@@ -61,8 +57,6 @@ class IniProperties : public JavaProperties {
 
   // The exact text that Store writes for header.
   propstring ToText(const propstring& header) const;
-  // The same text, appended to text, for the library's own rewrites.
-  void ToText(const propstring& header, PropertyTextBuffer& text) const;
 
   // Inserts or overwrites, creating the section as needed. Nothing is
   // checked; the empty section name is accepted (but never read back).
@@ -78,21 +72,8 @@ class IniProperties : public JavaProperties {
   void Clear();
 
  protected:
-  // Takes one line (at most 511 characters, NUL-terminated, changed in
-  // place): a header ends the current section, an entry goes to pending.
-  // current is empty while no named section has begun (entries are dropped).
-  void ParseLine(char* line, int lineNumber, propstring& current,
-                 Table& pending);
-  // ParseLine() on the line [line, end), which holds no NUL byte; the text
-  // is not changed.
-  void ParseLine(char* line, char* end, int lineNumber, propstring& current,
-                 Table& pending);
-  // Makes pending the whole content of section current, unless current is
-  // empty (then pending is dropped). pending is left empty.
-  void EndSection(const propstring& current, Table& pending);
-  // Parses text[0, size) line by line as the stream reader would; text[size]
-  // must be writable. REQUIRES: no line is longer than 511 characters.
-  void ParseText(char* text, size_t size);
+  // Not client interface: the library's reader and writer of the format.
+  friend class IniPropertiesFormat;
 
   std::map<propstring, std::map<propstring, propstring> > m_sections;
 };

@@ -2,11 +2,12 @@
 
 #include "IniPropertyManager.h"
 
-#include <assert.h>
+#include "PropertyManagerOperations.h"
+#include "PropertyMessages.h"
 
 namespace {
 
-const char kFile[] = "Src/IniPropertyManager.cpp";
+typedef PropertyManagerOperations Operations;
 
 }  // namespace
 
@@ -21,54 +22,31 @@ IniPropertyManager::~IniPropertyManager() {
 
 void IniPropertyManager::RegisterPersistence(const propstring& filePath,
                                              const propstring& header) {
-  if (m_persistences.count(filePath) != 0) return;
-  IniPropertiesPersistence* persistence =
-      new IniPropertiesPersistence(filePath, header);
-  AttachPersistence(persistence, persistence, persistence);
-  m_persistences[filePath] = persistence;
+  Operations::Bind(*this, m_persistences, filePath, header, /*writes=*/true,
+                   /*recorded=*/true);
 }
 
 void IniPropertyManager::RegisterNonPersistence(const propstring& filePath) {
-  if (m_persistences.count(filePath) != 0) return;
   // Deliberately not recorded, as this manager has always done: each call
   // adds a reader, and only the manager's destruction removes them.
-  IniPropertiesPersistence* persistence =
-      new IniPropertiesPersistence(filePath, propstring());
-  AttachPersistence(persistence, persistence, nullptr);
+  Operations::Bind(*this, m_persistences, filePath, propstring(),
+                   /*writes=*/false,
+                   /*recorded=*/false);
 }
 
 void IniPropertyManager::UnRegisterPersistence(const propstring& filePath) {
-  std::map<propstring, IniPropertiesPersistence*>::iterator it =
-      m_persistences.find(filePath);
-  if (it == m_persistences.end()) return;
-  IniPropertiesPersistence* persistence = it->second;
-  // Removing the change listener is harmless for a read-only binding.
-  DetachPersistence(persistence, persistence, persistence);
-  delete persistence;
-  m_persistences.erase(it);
+  Operations::Unbind(*this, m_persistences, filePath);
 }
 
 Property* IniPropertyManager::RegisterProperty(const propstring& type,
                                                const propstring& section,
                                                const propstring& key,
                                                const propstring& initial) {
-  // Unlocked first look-up for the common case; the second one under the
-  // mutex makes concurrent registrations of one pair agree on one property.
-  Property* property = GetProperty(section, key);
-  if (property != nullptr) return property;
-  PropertyThreadGuard guard(m_mutex);
-  property = GetProperty(section, key);
-  if (property != nullptr) return property;
-  if (m_propertyFactory == nullptr) {
-    __assert_fail("m_propertyFactory", kFile, 41,
-                  "Property* IniPropertyManager::RegisterProperty(const "
-                  "propstring&, const propstring&, const propstring&, const "
-                  "propstring&)");
-  }
-  property = m_propertyFactory->CreateProperty(type, section, key, initial);
-  if (property == nullptr) return nullptr;
-  PropertyManager::RegisterProperty(property);
-  return property;
+  IniPropertyFactory* factory = m_propertyFactory;
+  return Operations::Register(
+      *this, &section, key, factory != nullptr,
+      PropertyMessages::kIniManagerRegisterProperty,
+      [&] { return factory->CreateProperty(type, section, key, initial); });
 }
 
 Property* IniPropertyManager::UnregisterProperty(const propstring& section,
@@ -81,7 +59,7 @@ Property* IniPropertyManager::UnregisterProperty(const propstring& section,
 void IniPropertyManager::SetValue(const propstring& section,
                                   const propstring& key,
                                   const propstring& value) {
-  SetFoundPropertyValue(GetProperty(section, key), key, value);
+  Operations::SetValue(*this, GetProperty(section, key), key, value);
 }
 
 propstring IniPropertyManager::GetValue(const propstring& section,
@@ -92,5 +70,5 @@ propstring IniPropertyManager::GetValue(const propstring& section,
 
 Property* IniPropertyManager::GetProperty(const propstring& section,
                                           const propstring& key) const {
-  return FindProperty(&section, key);
+  return Operations::Find(*this, &section, key);
 }

@@ -2,11 +2,12 @@
 
 #include "JavaPropertyManager.h"
 
-#include <assert.h>
+#include "PropertyManagerOperations.h"
+#include "PropertyMessages.h"
 
 namespace {
 
-const char kFile[] = "Src/JavaPropertyManager.cpp";
+typedef PropertyManagerOperations Operations;
 
 }  // namespace
 
@@ -21,53 +22,29 @@ JavaPropertyManager::~JavaPropertyManager() {
 
 void JavaPropertyManager::RegisterPersistence(const propstring& filePath,
                                               const propstring& header) {
-  if (m_persistences.count(filePath) != 0) return;
-  JavaPropertiesPersistence* persistence =
-      new JavaPropertiesPersistence(filePath, header);
-  AttachPersistence(persistence, persistence, persistence);
-  m_persistences[filePath] = persistence;
+  Operations::Bind(*this, m_persistences, filePath, header, /*writes=*/true,
+                   /*recorded=*/true);
 }
 
 void JavaPropertyManager::RegisterNonPersistence(const propstring& filePath) {
-  if (m_persistences.count(filePath) != 0) return;
   // Never a change listener, so it never writes.
-  JavaPropertiesPersistence* persistence =
-      new JavaPropertiesPersistence(filePath, propstring());
-  AttachPersistence(persistence, persistence, nullptr);
-  m_persistences[filePath] = persistence;
+  Operations::Bind(*this, m_persistences, filePath, propstring(),
+                   /*writes=*/false,
+                   /*recorded=*/true);
 }
 
 void JavaPropertyManager::UnRegisterPersistence(const propstring& filePath) {
-  std::map<propstring, JavaPropertiesPersistence*>::iterator it =
-      m_persistences.find(filePath);
-  if (it == m_persistences.end()) return;
-  JavaPropertiesPersistence* persistence = it->second;
-  // Removing the change listener is harmless for a read-only binding.
-  DetachPersistence(persistence, persistence, persistence);
-  delete persistence;
-  m_persistences.erase(it);
+  Operations::Unbind(*this, m_persistences, filePath);
 }
 
 Property* JavaPropertyManager::RegisterProperty(const propstring& type,
                                                 const propstring& key,
                                                 const propstring& initial) {
-  // The common case, a key that is registered already, does not wait for
-  // the mutex; the second look-up under it makes concurrent registrations
-  // of one key agree on one property.
-  Property* property = GetProperty(key);
-  if (property != nullptr) return property;
-  PropertyThreadGuard guard(m_mutex);
-  property = GetProperty(key);
-  if (property != nullptr) return property;
-  if (m_propertyFactory == nullptr) {
-    __assert_fail("m_propertyFactory", kFile, 40,
-                  "Property* JavaPropertyManager::RegisterProperty(const "
-                  "propstring&, const propstring&, const propstring&)");
-  }
-  property = m_propertyFactory->CreateProperty(type, key, initial);
-  if (property == nullptr) return nullptr;
-  PropertyManager::RegisterProperty(property);
-  return property;
+  JavaPropertyFactory* factory = m_propertyFactory;
+  return Operations::Register(
+      *this, nullptr, key, factory != nullptr,
+      PropertyMessages::kJavaManagerRegisterProperty,
+      [&] { return factory->CreateProperty(type, key, initial); });
 }
 
 Property* JavaPropertyManager::UnregisterProperty(const propstring& key) {
@@ -78,7 +55,7 @@ Property* JavaPropertyManager::UnregisterProperty(const propstring& key) {
 
 void JavaPropertyManager::SetValue(const propstring& key,
                                    const propstring& value) {
-  SetFoundPropertyValue(GetProperty(key), key, value);
+  Operations::SetValue(*this, GetProperty(key), key, value);
 }
 
 propstring JavaPropertyManager::GetValue(const propstring& key) const {
@@ -87,5 +64,5 @@ propstring JavaPropertyManager::GetValue(const propstring& key) const {
 }
 
 Property* JavaPropertyManager::GetProperty(const propstring& key) const {
-  return FindProperty(nullptr, key);
+  return Operations::Find(*this, nullptr, key);
 }

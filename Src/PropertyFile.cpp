@@ -147,14 +147,6 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
 }
 
 PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
-                                                 propstring& text) {
-  PropertyTextBuffer buffer;
-  const ReadResult result = ReadWhole(path, buffer);
-  if (result == kReadWhole) text.assign(buffer.Data(), buffer.Size());
-  return result;
-}
-
-PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
                                                  PropertyTextBuffer& buffer) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return kCannotOpen;
@@ -166,7 +158,8 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
     char* data = buffer.Reserve(static_cast<size_t>(info.st_size) + 1, 0);
     size_t filled = 0;
     for (;;) {
-      if (filled == buffer.Capacity()) data = buffer.Reserve(2 * filled, filled);
+      if (filled == buffer.Capacity())
+        data = buffer.Reserve(2 * filled, filled);
       const ssize_t got = ::read(fd, data + filled, buffer.Capacity() - filled);
       if (got < 0 && errno == EINTR) continue;
       if (got < 0) break;
@@ -180,6 +173,11 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
   }
   ::close(fd);
   return result;
+}
+
+bool PropertyFile::OpenForLines(const propstring& path, std::ifstream& in) {
+  in.open(path.c_str(), std::ios::in);
+  return in.is_open();
 }
 
 bool PropertyFile::SafeWrites() {

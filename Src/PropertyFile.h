@@ -16,10 +16,15 @@
 // -DPROPERTIES_SAFE_WRITES=ON, the in-place way otherwise.
 //
 // ReadWhole() reads a file in one go for the library's own loads, which then
-// parse it in memory; whatever it cannot take whole is read line by line.
+// parse it in memory; whatever it cannot take whole is read line by line
+// from the stream that OpenForLines() opens. Every open, read and write of a
+// property file by the library goes through this class. Internal to the
+// library: not installed.
 
 #ifndef SRC_PROPERTYFILE_H_
 #define SRC_PROPERTYFILE_H_
+
+#include <fstream>
 
 #include "PropertyTextBuffer.h"
 #include "PropertyThreadGuard.h"
@@ -39,8 +44,7 @@ class PropertyFile {
   static Result ReplaceAtomically(const propstring& path,
                                   const propstring& text);
   // The same with the text [text, text + size).
-  static Result Replace(const propstring& path, const char* text,
-                        size_t size);
+  static Result Replace(const propstring& path, const char* text, size_t size);
   static Result ReplaceInPlace(const propstring& path, const char* text,
                                size_t size);
   static Result ReplaceAtomically(const propstring& path, const char* text,
@@ -54,12 +58,13 @@ class PropertyFile {
     kReadLineByLine  // Opened, but not to be read whole: not a regular file
                      // (a device may never end) or a read error occurred.
   };
-  // Reads the whole content of the file at path into text.
-  static ReadResult ReadWhole(const propstring& path, propstring& text);
   // Reads the whole content of the file at path into buffer (its Size());
   // the byte after the content is writable.
   static ReadResult ReadWhole(const propstring& path,
                               PropertyTextBuffer& buffer);
+  // Opens the file at path as a text input stream, for reading line by
+  // line. Returns false if it cannot be opened.
+  static bool OpenForLines(const propstring& path, std::ifstream& in);
 };
 
 #endif  // SRC_PROPERTYFILE_H_

@@ -2,39 +2,17 @@
 
 #include "PropertyManager.h"
 
-#include <assert.h>
 #include <pthread.h>
 
 #include <algorithm>
 
+#include "PropertyManagerOperations.h"
+#include "PropertyMessages.h"
+
 namespace {
 
-// Crash reports and their tooling match on these texts, so the file name,
-// line and function text of every assertion stay fixed.
-const char kFile[] = "Src/PropertyManager.cpp";
-
-char kNotFound[] = "Property '%s' was not found";
-// The same text as a failed load from a file, on purpose: log readers match
-// one message for both.
-char kFormatChanged[] = "Format of property '%s' seems to be changed: '%s'";
-
-// Guards the shape of every manager's property list against look-ups that
-// run without the manager's mutex. Held only around list reads and single
-// insertions or erasures, never during a callback, so it cannot deadlock.
-// Constant-initialised and never destroyed: managers die at process exit.
-pthread_rwlock_t g_propertyListLock = PTHREAD_RWLOCK_INITIALIZER;
-
-class ListReadLock {
- public:
-  ListReadLock() { pthread_rwlock_rdlock(&g_propertyListLock); }
-  ~ListReadLock() { pthread_rwlock_unlock(&g_propertyListLock); }
-};
-
-class ListWriteLock {
- public:
-  ListWriteLock() { pthread_rwlock_wrlock(&g_propertyListLock); }
-  ~ListWriteLock() { pthread_rwlock_unlock(&g_propertyListLock); }
-};
+typedef PropertyManagerOperations::ListReadLock ListReadLock;
+typedef PropertyManagerOperations::ListWriteLock ListWriteLock;
 
 // True if the list holds a property that registering candidate would
 // duplicate: the same object, or equal key and section.
@@ -82,10 +60,8 @@ PropertyManager::~PropertyManager() {
 }
 
 void PropertyManager::RegisterProperty(Property* property) {
-  if (property == nullptr) {
-    __assert_fail("property", kFile, 53,
-                  "void PropertyManager::RegisterProperty(Property*)");
-  }
+  PropertyMessages::Require(property != nullptr,
+                            PropertyMessages::kManagerRegisterProperty);
   if (IsDuplicate(m_properties, property)) return;
   {
     ListWriteLock lock;
@@ -100,10 +76,8 @@ void PropertyManager::RegisterProperty(Property* property) {
 }
 
 void PropertyManager::UnregisterProperty(Property* property) {
-  if (property == nullptr) {
-    __assert_fail("property", kFile, 79,
-                  "void PropertyManager::UnregisterProperty(Property*)");
-  }
+  PropertyMessages::Require(property != nullptr,
+                            PropertyMessages::kManagerUnregisterProperty);
   {
     ListReadLock lock;
     if (std::find(m_properties.begin(), m_properties.end(), property) ==
@@ -122,10 +96,8 @@ void PropertyManager::UnregisterProperty(Property* property) {
 }
 
 void PropertyManager::RegisterClient(PropertyClient* client) {
-  if (client == nullptr) {
-    __assert_fail("client", kFile, 102,
-                  "void PropertyManager::RegisterClient(PropertyClient*)");
-  }
+  PropertyMessages::Require(client != nullptr,
+                            PropertyMessages::kManagerRegisterClient);
   if (std::find(m_clients.begin(), m_clients.end(), client) !=
       m_clients.end()) {
     return;
@@ -138,55 +110,39 @@ void PropertyManager::RegisterClient(PropertyClient* client) {
 }
 
 void PropertyManager::UnregisterClient(PropertyClient* client) {
-  if (client == nullptr) {
-    __assert_fail("client", kFile, 126,
-                  "void PropertyManager::UnregisterClient(PropertyClient*)");
-  }
+  PropertyMessages::Require(client != nullptr,
+                            PropertyMessages::kManagerUnregisterClient);
   RemoveFirst(m_clients, client);
 }
 
 void PropertyManager::AddRegistryListener(PropertyRegistryListener* listener) {
-  if (listener == nullptr) {
-    __assert_fail(
-        "listener", kFile, 145,
-        "void PropertyManager::AddRegistryListener(PropertyRegistryListener*)");
-  }
+  PropertyMessages::Require(listener != nullptr,
+                            PropertyMessages::kManagerAddRegistryListener);
   AddOnce(m_registryListeners, listener);
 }
 
 void PropertyManager::RemoveRegistryListener(
     PropertyRegistryListener* listener) {
-  if (listener == nullptr) {
-    __assert_fail("listener", kFile, 161,
-                  "void PropertyManager::RemoveRegistryListener("
-                  "PropertyRegistryListener*)");
-  }
+  PropertyMessages::Require(listener != nullptr,
+                            PropertyMessages::kManagerRemoveRegistryListener);
   RemoveFirst(m_registryListeners, listener);
 }
 
 void PropertyManager::AddChangeListener(PropertyChangeListener* listener) {
-  if (listener == nullptr) {
-    __assert_fail(
-        "listener", kFile, 180,
-        "void PropertyManager::AddChangeListener(PropertyChangeListener*)");
-  }
+  PropertyMessages::Require(listener != nullptr,
+                            PropertyMessages::kManagerAddChangeListener);
   AddOnce(m_changeListeners, listener);
 }
 
 void PropertyManager::RemoveChangeListener(PropertyChangeListener* listener) {
-  if (listener == nullptr) {
-    __assert_fail(
-        "listener", kFile, 196,
-        "void PropertyManager::RemoveChangeListener(PropertyChangeListener*)");
-  }
+  PropertyMessages::Require(listener != nullptr,
+                            PropertyMessages::kManagerRemoveChangeListener);
   RemoveFirst(m_changeListeners, listener);
 }
 
 void PropertyManager::NotifyChangeListeners(Property* property) {
-  if (property == nullptr) {
-    __assert_fail("property", kFile, 215,
-                  "void PropertyManager::NotifyChangeListeners(Property*)");
-  }
+  PropertyMessages::Require(property != nullptr,
+                            PropertyMessages::kManagerNotifyChangeListeners);
   for (std::list<PropertyChangeListener*>::iterator it =
            m_changeListeners.begin();
        it != m_changeListeners.end(); ++it) {
@@ -195,45 +151,3 @@ void PropertyManager::NotifyChangeListeners(Property* property) {
 }
 
 propstring PropertyManager::GetName() const { return m_name; }
-
-Property* PropertyManager::FindProperty(const propstring* section,
-                                        const propstring& key) const {
-  ListReadLock lock;
-  for (Property* property : m_properties) {
-    if (section != nullptr && property->GetSection() != *section) continue;
-    if (property->GetKey() == key) return property;
-  }
-  return nullptr;
-}
-
-void PropertyManager::SetFoundPropertyValue(Property* property,
-                                            const propstring& key,
-                                            const propstring& value) {
-  if (property == nullptr) {
-    Log(1, kNotFound, key.c_str());
-    return;
-  }
-  PropertyThreadGuard guard(m_mutex);
-  try {
-    property->SetValue(value);
-  } catch (Property::WrongValue& e) {
-    Log(1, kFormatChanged, property->GetKey().c_str(), e.m_message.c_str());
-    throw Property::WrongValue(e);
-  }
-}
-
-void PropertyManager::AttachPersistence(
-    PropertyClient* client, PropertyRegistryListener* registryListener,
-    PropertyChangeListener* changeListener) {
-  RegisterClient(client);
-  AddRegistryListener(registryListener);
-  if (changeListener != nullptr) AddChangeListener(changeListener);
-}
-
-void PropertyManager::DetachPersistence(
-    PropertyClient* client, PropertyRegistryListener* registryListener,
-    PropertyChangeListener* changeListener) {
-  UnregisterClient(client);
-  RemoveRegistryListener(registryListener);
-  RemoveChangeListener(changeListener);
-}

@@ -79,29 +79,8 @@ class PropertyManager {
   PropertyManager& operator=(const PropertyManager&) = delete;
 
  protected:
-  // Returns the first registered property whose section (if section is not
-  // null; compared first) and key equal the arguments, or null. Takes no
-  // manager lock; safe while other threads register or remove properties.
-  Property* FindProperty(const propstring* section,
-                         const propstring& key) const;
-
-  // Sets value on property under m_mutex, so the change notification and any
-  // file rewrite happen under it too. A null property is logged as
-  // "Property '<key>' was not found". Throws Property::WrongValue, after
-  // logging it, if the property rejects value.
-  void SetFoundPropertyValue(Property* property, const propstring& key,
-                             const propstring& value);
-
-  // Registers a file binding as client and registry listener and, if
-  // changeListener is not null, as change listener, in that order. The
-  // manager owns client from here on.
-  void AttachPersistence(PropertyClient* client,
-                         PropertyRegistryListener* registryListener,
-                         PropertyChangeListener* changeListener);
-  // Undoes AttachPersistence without deleting anything.
-  void DetachPersistence(PropertyClient* client,
-                         PropertyRegistryListener* registryListener,
-                         PropertyChangeListener* changeListener);
+  // Not client interface: the operations both flavours share.
+  friend class PropertyManagerOperations;
 
   propstring m_name;
   std::list<PropertyClient*> m_clients;

@@ -4,11 +4,8 @@
 
 #include <pthread.h>
 
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <new>
-#include <string>
 
 pthread_mutex_t* PropertyCreateNewMutex() {
   void* block = ::operator new(sizeof(pthread_mutex_t));
@@ -28,34 +25,6 @@ void PropertyDeleteMutex(pthread_mutex_t* mutex) {
   pthread_mutex_destroy(mutex);
   ::operator delete(mutex);
 }
-
-#ifdef PROPERTIES_LOG_STDERR
-
-void Log(int level, char* format, ...) {
-  va_list args;
-  va_start(args, format);
-  va_list measure;
-  va_copy(measure, args);
-  const int length = std::vsnprintf(nullptr, 0, format, measure);
-  va_end(measure);
-  std::string line = "libproperties[" + std::to_string(level) + "]: ";
-  const size_t prefix = line.size();
-  line.resize(prefix + static_cast<size_t>(length > 0 ? length : 0) + 1);
-  std::vsnprintf(&line[prefix], line.size() - prefix, format, args);
-  va_end(args);
-  line.back() = '\n';
-  // One write per message, so that lines of several threads never mix.
-  std::fwrite(line.data(), 1, line.size(), stderr);
-}
-
-#else
-
-void Log(int, char*, ...) {
-  // Deliberately empty: existing programs expect a silent library, and the
-  // arguments are not read, so a mismatched format cannot do harm.
-}
-
-#endif
 
 PropertyThreadGuard::PropertyThreadGuard(pthread_mutex_t* mutex)
     : m_mutex(mutex) {

@@ -25,11 +25,9 @@ set(PROPERTIES_INSTALL_INCLUDEDIR
     ${CMAKE_INSTALL_INCLUDEDIR}/libproperties)
 set(PROPERTIES_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/libproperties)
 
-# Headers that only the library's sources include. No public header may
-# include them (the consumer test compiles every installed header).
-set(PROPERTIES_INTERNAL_HEADERS ${PROJECT_SOURCE_DIR}/Src/PropertyFile.h
-  ${PROJECT_SOURCE_DIR}/Src/PropertyTextBuffer.h)
-
+# PROPERTIES_INTERNAL_HEADERS (the top CMakeLists.txt) are only for the
+# library's sources. No public header may include them (the consumer test
+# compiles every installed header).
 file(GLOB PROPERTIES_INSTALLED_HEADERS CONFIGURE_DEPENDS
   ${PROJECT_SOURCE_DIR}/Src/*.h)
 list(REMOVE_ITEM PROPERTIES_INSTALLED_HEADERS ${PROPERTIES_INTERNAL_HEADERS})

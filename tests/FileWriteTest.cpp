@@ -6,10 +6,10 @@
 
 #include <sstream>
 #include <string>
+#include <type_traits>
 
 #include "IniProperties.h"
 #include "JavaProperties.h"
-#include "PropertyTextBuffer.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -69,7 +69,14 @@ class FileWriteTest : public testing::Test {
 };
 
 typedef testing::Types<JavaProperties, IniProperties> Stores;
-TYPED_TEST_SUITE(FileWriteTest, Stores);
+class StoreNames {
+ public:
+  template <typename Store>
+  static std::string GetName(int) {
+    return std::is_same<Store, IniProperties>::value ? "Ini" : "Flat";
+  }
+};
+TYPED_TEST_SUITE(FileWriteTest, Stores, StoreNames);
 
 TYPED_TEST(FileWriteTest, EmptyTableWritesTheHeaderOnly) {
   TypeParam store;
@@ -83,50 +90,14 @@ TYPED_TEST(FileWriteTest, SmallTableWritesTheStreamBytes) {
 }
 
 TYPED_TEST(FileWriteTest, TextAroundTheKeptBufferWritesTheStreamBytes) {
-  for (size_t size : {PropertyTextBuffer::kKeptSize - 64u,
-                      PropertyTextBuffer::kKeptSize + 0u,
-                      PropertyTextBuffer::kKeptSize + 64u}) {
+  // Around the 64 KiB buffer a thread keeps for rewrites.
+  for (size_t size : {65536u - 64u, 65536u, 65536u + 64u}) {
     this->ExpectSameBytesAt(size);
   }
 }
 
 TYPED_TEST(FileWriteTest, LargeTextWritesTheStreamBytes) {
   this->ExpectSameBytesAt(3000000);
-}
-
-TEST(PropertyTextBufferAppendTest, ExtendGrowsAndKeepsEverything) {
-  PropertyTextBuffer text;
-  std::string expected;
-  for (int i = 0; i < 20000; ++i) {
-    const std::string piece = std::to_string(i) + ",";
-    text.Append(piece);
-    expected += piece;
-  }
-  text.Append('!');
-  text.Append("", 0);
-  expected += '!';
-  ASSERT_EQ(expected.size(), text.Size());
-  EXPECT_EQ(expected, std::string(text.Data(), text.Size()));
-}
-
-TEST(PropertyTextBufferAppendTest, ExtendReturnsTheEndOfTheContent) {
-  PropertyTextBuffer text;
-  text.Append("abc", 3);
-  char* end = text.Extend(2);
-  EXPECT_EQ(text.Data() + 3, end);
-  EXPECT_EQ(5u, text.Size());
-}
-
-TEST(PropertyTextBufferAppendTest, CopyCopiesEverySizeExactly) {
-  std::string source;
-  for (int i = 0; i < 100; ++i) source += static_cast<char>('A' + i % 50);
-  for (size_t size = 0; size <= source.size(); ++size) {
-    std::string target(source.size() + 8, '.');
-    PropertyTextBuffer::Copy(&target[0], source.data(), size);
-    EXPECT_EQ(source.substr(0, size), target.substr(0, size)) << size;
-    EXPECT_EQ(std::string(target.size() - size, '.'), target.substr(size))
-        << size;
-  }
 }
 
 }  // namespace

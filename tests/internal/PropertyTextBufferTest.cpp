@@ -122,9 +122,44 @@ TEST(PropertyTextBufferTest, ReadWholeReadsPastTheReportedSize) {
   ASSERT_EQ(PropertyFile::kReadWhole,
             PropertyFile::ReadWhole("/proc/self/status", buffer));
   EXPECT_GT(buffer.Size(), 0u);
-  EXPECT_NE(nullptr, std::strstr(std::string(buffer.Data(), buffer.Size())
-                                     .c_str(),
-                                 "Umask:"));
+  EXPECT_NE(
+      nullptr,
+      std::strstr(std::string(buffer.Data(), buffer.Size()).c_str(), "Umask:"));
+}
+
+TEST(PropertyTextBufferTest, AppendExtendGrowsAndKeepsEverything) {
+  PropertyTextBuffer text;
+  std::string expected;
+  for (int i = 0; i < 20000; ++i) {
+    const std::string piece = std::to_string(i) + ",";
+    text.Append(piece);
+    expected += piece;
+  }
+  text.Append('!');
+  text.Append("", 0);
+  expected += '!';
+  ASSERT_EQ(expected.size(), text.Size());
+  EXPECT_EQ(expected, std::string(text.Data(), text.Size()));
+}
+
+TEST(PropertyTextBufferTest, AppendExtendReturnsTheEndOfTheContent) {
+  PropertyTextBuffer text;
+  text.Append("abc", 3);
+  char* end = text.Extend(2);
+  EXPECT_EQ(text.Data() + 3, end);
+  EXPECT_EQ(5u, text.Size());
+}
+
+TEST(PropertyTextBufferTest, AppendCopyCopiesEverySizeExactly) {
+  std::string source;
+  for (int i = 0; i < 100; ++i) source += static_cast<char>('A' + i % 50);
+  for (size_t size = 0; size <= source.size(); ++size) {
+    std::string target(source.size() + 8, '.');
+    PropertyTextBuffer::Copy(&target[0], source.data(), size);
+    EXPECT_EQ(source.substr(0, size), target.substr(0, size)) << size;
+    EXPECT_EQ(std::string(target.size() - size, '.'), target.substr(size))
+        << size;
+  }
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
-// FileReadTest.cpp - the library's own file reads (one read of the whole
-// file, parsed in memory) against the stream reader: same table, same result,
-// same log lines, for edge cases, files of every size and every file of the
-// fuzz corpora; and the library's reads against a plain reference reader
+// PropertyTextReaderTest.cpp - the library's own file reads (one read of the
+// whole file, parsed in memory) against the stream reader: same table, same
+// result, same log lines, for edge cases, files of every size and every file of
+// the fuzz corpora; and the library's reads against a plain reference reader
 // that shares no code with it.
+
+#include "PropertyTextReader.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +17,9 @@
 #include <vector>
 
 #include "IniProperties.h"
+#include "IniPropertiesFormat.h"
 #include "JavaProperties.h"
+#include "JavaPropertiesFormat.h"
 #include "support/LogRecorder.h"
 #include "support/ReferenceReader.h"
 #include "support/TempDir.h"
@@ -48,6 +52,16 @@ void PrintTo(const Outcome& o, std::ostream* out) {
 void Preset(JavaProperties& store) { store.SetProperty("b", "before"); }
 void Preset(IniProperties& store) { store.SetProperty("s", "b", "before"); }
 
+// The library's own read of a file, as a binding does it.
+bool ReadWhole(JavaProperties& store, const std::string& path, bool& opened) {
+  JavaPropertiesFormat::LineParser parser(store);
+  return PropertyTextReader::ReadFile(path, opened, parser);
+}
+bool ReadWhole(IniProperties& store, const std::string& path, bool& opened) {
+  IniPropertiesFormat::LineParser parser(store);
+  return PropertyTextReader::ReadFile(path, opened, parser);
+}
+
 // Loads path into a store that already holds one entry (loads merge), either
 // through the whole-file path or through a stream on the same file.
 template <typename Store>
@@ -58,7 +72,7 @@ Outcome LoadWith(const std::string& path, bool wholeFile) {
   bool result;
   if (wholeFile) {
     bool opened = false;
-    result = store.LoadFile(path, opened);
+    result = ReadWhole(store, path, opened);
     EXPECT_TRUE(opened);
   } else {
     std::ifstream in(path.c_str());
@@ -161,13 +175,9 @@ void ExpectSameOnEveryFile(const std::vector<std::string>& paths) {
   EXPECT_GT(compared, 0);
 }
 
-// Opens the over-long-line check of the whole-file path to the tests.
-class LineCheck : public JavaProperties {
- public:
-  static bool Overlong(const std::string& text) {
-    return HasOverlongLine(text.data(), text.size());
-  }
-};
+bool Overlong(const std::string& text) {
+  return PropertyTextReader::HasOverlongLine(text.data(), text.size());
+}
 
 // The plain definition: some line, the last one included, holds more than
 // 511 characters.
@@ -182,7 +192,8 @@ bool NaiveOverlong(const std::string& text) {
   }
 }
 
-TEST(OverlongLineTest, FindsALineOf512CharactersWhereverItIs) {
+TEST(PropertyTextReaderTest,
+     OverlongCheckFindsALineOf512CharactersWhereverItIs) {
   for (size_t before : {0u, 1u, 100u, 511u, 512u, 513u, 3000u}) {
     // Short lines of before bytes in all.
     std::string head;
@@ -190,28 +201,27 @@ TEST(OverlongLineTest, FindsALineOf512CharactersWhereverItIs) {
       const size_t left = before - head.size();
       head += std::string(std::min<size_t>(left, 100) - 1, 'a') + "\n";
     }
-    EXPECT_TRUE(LineCheck::Overlong(head + std::string(512, 'x'))) << before;
-    EXPECT_TRUE(LineCheck::Overlong(head + std::string(512, 'x') + "\n"))
-        << before;
-    EXPECT_FALSE(LineCheck::Overlong(head + std::string(511, 'x'))) << before;
-    EXPECT_FALSE(LineCheck::Overlong(head + std::string(511, 'x') + "\n"))
-        << before;
+    EXPECT_TRUE(Overlong(head + std::string(512, 'x'))) << before;
+    EXPECT_TRUE(Overlong(head + std::string(512, 'x') + "\n")) << before;
+    EXPECT_FALSE(Overlong(head + std::string(511, 'x'))) << before;
+    EXPECT_FALSE(Overlong(head + std::string(511, 'x') + "\n")) << before;
   }
 }
 
-TEST(OverlongLineTest, AgreesWithTheLineByLineDefinitionOnRandomTexts) {
+TEST(PropertyTextReaderTest,
+     OverlongCheckAgreesWithTheLineByLineDefinitionOnRandomTexts) {
   std::mt19937 random(20261121);
   for (int round = 0; round < 3000; ++round) {
     std::string text;
     const int lines = static_cast<int>(random() % 12);
     for (int i = 0; i < lines; ++i) {
       // Mostly short lines, now and then one near the limit.
-      const size_t length = random() % 4 == 0 ? 500 + random() % 24
-                                              : random() % 80;
+      const size_t length =
+          random() % 4 == 0 ? 500 + random() % 24 : random() % 80;
       text.append(length, 'k');
       if (i + 1 < lines || random() % 2 == 0) text += '\n';
     }
-    ASSERT_EQ(NaiveOverlong(text), LineCheck::Overlong(text)) << text.size();
+    ASSERT_EQ(NaiveOverlong(text), Overlong(text)) << text.size();
   }
 }
 
@@ -240,7 +250,7 @@ void ExpectReferenceOnEveryFile(const std::vector<std::string>& paths) {
   EXPECT_GT(compared, 0);
 }
 
-class FileReadTest : public testing::Test {
+class PropertyTextReaderFileTest : public testing::Test {
  protected:
   std::vector<std::string> Files(const std::vector<std::string>& texts) {
     std::vector<std::string> paths;
@@ -255,68 +265,75 @@ class FileReadTest : public testing::Test {
   TempDir m_dir;
 };
 
-TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadOnEdgeCases) {
+TEST_F(PropertyTextReaderFileTest,
+       FlatWholeFileReadEqualsStreamReadOnEdgeCases) {
   ExpectSameOnEveryFile<JavaProperties>(EdgeCaseFiles());
 }
 
-TEST_F(FileReadTest, IniWholeFileReadEqualsStreamReadOnEdgeCases) {
+TEST_F(PropertyTextReaderFileTest,
+       IniWholeFileReadEqualsStreamReadOnEdgeCases) {
   ExpectSameOnEveryFile<IniProperties>(EdgeCaseFiles());
 }
 
-TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadAtEverySize) {
+TEST_F(PropertyTextReaderFileTest,
+       FlatWholeFileReadEqualsStreamReadAtEverySize) {
   ExpectSameOnEveryFile<JavaProperties>(Files(SizedCases()));
 }
 
-TEST_F(FileReadTest, IniWholeFileReadEqualsStreamReadAtEverySize) {
+TEST_F(PropertyTextReaderFileTest,
+       IniWholeFileReadEqualsStreamReadAtEverySize) {
   ExpectSameOnEveryFile<IniProperties>(Files(SizedCases()));
 }
 
-TEST_F(FileReadTest, FlatReadEqualsReferenceReaderOnEdgeCases) {
+TEST_F(PropertyTextReaderFileTest, FlatReadEqualsReferenceReaderOnEdgeCases) {
   ExpectReferenceOnEveryFile<JavaProperties>(EdgeCaseFiles());
 }
 
-TEST_F(FileReadTest, IniReadEqualsReferenceReaderOnEdgeCases) {
+TEST_F(PropertyTextReaderFileTest, IniReadEqualsReferenceReaderOnEdgeCases) {
   ExpectReferenceOnEveryFile<IniProperties>(EdgeCaseFiles());
 }
 
-TEST_F(FileReadTest, FlatReadEqualsReferenceReaderOnFuzzCorpus) {
+TEST_F(PropertyTextReaderFileTest, FlatReadEqualsReferenceReaderOnFuzzCorpus) {
   ExpectReferenceOnEveryFile<JavaProperties>(
       CorpusFiles("JavaPropertiesFuzzer"));
 }
 
-TEST_F(FileReadTest, IniReadEqualsReferenceReaderOnFuzzCorpus) {
+TEST_F(PropertyTextReaderFileTest, IniReadEqualsReferenceReaderOnFuzzCorpus) {
   ExpectReferenceOnEveryFile<IniProperties>(CorpusFiles("IniPropertiesFuzzer"));
 }
 
-TEST_F(FileReadTest, FlatWholeFileReadEqualsStreamReadOnFuzzCorpus) {
+TEST_F(PropertyTextReaderFileTest,
+       FlatWholeFileReadEqualsStreamReadOnFuzzCorpus) {
   ExpectSameOnEveryFile<JavaProperties>(CorpusFiles("JavaPropertiesFuzzer"));
 }
 
-TEST_F(FileReadTest, IniWholeFileReadEqualsStreamReadOnFuzzCorpus) {
+TEST_F(PropertyTextReaderFileTest,
+       IniWholeFileReadEqualsStreamReadOnFuzzCorpus) {
   ExpectSameOnEveryFile<IniProperties>(CorpusFiles("IniPropertiesFuzzer"));
 }
 
-TEST_F(FileReadTest, MissingFileIsNotOpenedAndLeavesTableUnchanged) {
+TEST_F(PropertyTextReaderFileTest,
+       MissingFileIsNotOpenedAndLeavesTableUnchanged) {
   JavaProperties store;
   store.SetProperty("a", "1");
   bool opened = true;
-  EXPECT_FALSE(store.LoadFile(m_dir.File("missing"), opened));
+  EXPECT_FALSE(ReadWhole(store, m_dir.File("missing"), opened));
   EXPECT_FALSE(opened);
   EXPECT_EQ("a=1\n", store.ToText(""));
 }
 
-TEST_F(FileReadTest, DirectoryIsReadLikeTheStreamReaderDoes) {
+TEST_F(PropertyTextReaderFileTest, DirectoryIsReadLikeTheStreamReaderDoes) {
   LogRecorder log;
   IniProperties store;
   bool opened = false;
-  EXPECT_FALSE(store.LoadFile(m_dir.path(), opened));
+  EXPECT_FALSE(ReadWhole(store, m_dir.path(), opened));
   EXPECT_TRUE(opened);
   EXPECT_EQ(std::vector<std::string>{"Error reading Line 1"}, log.Messages());
 }
 
 // A load started from inside a load (here from a Log hook, on the same
 // thread) must not share the outer load's read buffer.
-TEST_F(FileReadTest, LoadDuringLoadReadsBothFilesWhole) {
+TEST_F(PropertyTextReaderFileTest, LoadDuringLoadReadsBothFilesWhole) {
   const std::string outer = m_dir.File("outer");
   const std::string inner = m_dir.File("inner");
   WriteFile(outer, "a=1\nb=2\nc=3\n");
@@ -332,10 +349,10 @@ TEST_F(FileReadTest, LoadDuringLoadReadsBothFilesWhole) {
     if (loadedInner || message != "Loading 'a' to '1'") return;
     loadedInner = true;
     bool opened = false;
-    EXPECT_TRUE(innerStore.LoadFile(inner, opened));
+    EXPECT_TRUE(ReadWhole(innerStore, inner, opened));
   });
   bool opened = false;
-  EXPECT_TRUE(outerStore.LoadFile(outer, opened));
+  EXPECT_TRUE(ReadWhole(outerStore, outer, opened));
 
   EXPECT_TRUE(loadedInner);
   EXPECT_EQ("a=1\nb=2\nc=3\n", outerStore.ToText(""));

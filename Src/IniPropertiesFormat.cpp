@@ -1,0 +1,113 @@
+// IniPropertiesFormat.cpp - see IniPropertiesFormat.h.
+
+#include "IniPropertiesFormat.h"
+
+#include <cstring>
+
+#include "PropertyMessages.h"
+#include "PropertyTextReader.h"
+#include "PropertyTextWriter.h"
+
+namespace {
+
+typedef std::map<propstring, propstring> Section;
+typedef std::map<propstring, Section> Sections;
+
+// Files list their sections in name order when the library wrote them, so
+// the last section is looked at first: constant time instead of a search.
+Section& SectionNamed(Sections& sections, const propstring& name) {
+  if (sections.empty() || sections.rbegin()->first < name) {
+    return sections.emplace_hint(sections.end(), name, Section())->second;
+  }
+  return sections[name];
+}
+
+// True if a line must be cleaned as a whole before it is read; first is its
+// first byte that is not a blank. Every line holding a '[' is cleaned, but
+// cleaning changes nothing for a line that starts with neither '[' nor a
+// quote, so only quoted lines are searched for a '['.
+bool MayBeHeader(const char* first, const char* end) {
+  if (first == end) return false;
+  if (*first == '[') return true;
+  return *first == '"' &&
+         std::memchr(first, '[', static_cast<size_t>(end - first)) != nullptr;
+}
+
+// Looks at the last section first, as SectionNamed() does.
+bool HasSection(const Sections& sections, const propstring& name) {
+  return !sections.empty() && !(sections.rbegin()->first < name) &&
+         sections.count(name) != 0;
+}
+
+// The name of the header line [text, end) (which starts with '['): up to
+// the last ']', or, for a line without one, the rest of the line.
+void TakeSectionName(const char* text, const char* end, propstring& name) {
+  const void* close = ::memrchr(text, ']', static_cast<size_t>(end - text));
+  name.assign(text + 1,
+              close == nullptr ? end : static_cast<const char*>(close));
+}
+
+}  // namespace
+
+IniPropertiesFormat::LineParser::LineParser(IniProperties& store)
+    : m_sections(store.m_sections) {}
+
+void IniPropertiesFormat::LineParser::Line(char* line, char* end,
+                                           int lineNumber) {
+  end = PropertyTextReader::CutComment(line, end, ';');
+  if (MayBeHeader(PropertyTextReader::SkipBlanks(line, end), end)) {
+    // The whole line is cleaned, so a header may stand in blanks or quotes;
+    // an entry line goes on cleaned.
+    line = PropertyTextReader::ExtractField(line, end);
+    if (line < end && line[0] == '[') {
+      EndSection();
+      TakeSectionName(line, end, m_current);
+      if (HasSection(m_sections, m_current)) {
+        PropertyMessages::Write(PropertyMessages::kRedefinesSection,
+                                lineNumber);
+      }
+      return;
+    }
+  }
+  const auto* entry =
+      PropertyTextReader::ReadEntry(m_pending, line, end, lineNumber);
+  if (entry == nullptr) return;
+  PropertyMessages::Write(PropertyMessages::kLoadingSectionEntry,
+                          entry->first.c_str(), m_current.c_str(),
+                          entry->second.c_str());
+}
+
+void IniPropertiesFormat::LineParser::Finish() { EndSection(); }
+
+void IniPropertiesFormat::LineParser::EndSection() {
+  if (!m_current.empty()) SectionNamed(m_sections, m_current).swap(m_pending);
+  m_pending.clear();
+}
+
+void IniPropertiesFormat::Render(const IniProperties& store,
+                                 const propstring& header,
+                                 PropertyTextBuffer& text) {
+  PropertyTextWriter::AppendHeader(';', header, text);
+  for (const auto& section : store.m_sections) {
+    text.Append('[');
+    text.Append(section.first);
+    text.Append("]\n", 2);
+    for (const auto& entry : section.second) {
+      PropertyTextWriter::AppendEntry(entry.first, entry.second, text);
+    }
+    text.Append('\n');
+  }
+}
+
+bool IniPropertiesFormat::Find(const IniProperties& store, Property& property,
+                               propstring& value) {
+  const propstring section = property.GetSection();
+  const propstring key = property.GetKey();
+  return store.GetProperty(section, key, value);
+}
+
+void IniPropertiesFormat::Put(IniProperties& store, Property& property) {
+  const propstring section = property.GetSection();
+  const propstring key = property.GetKey();
+  store.SetProperty(section, key, property.GetValue());
+}

@@ -1,0 +1,63 @@
+// IniPropertiesFormat.h - the sectioned INI format as the library reads and
+// writes it: the line parser that fills an IniProperties store, the text a
+// store is written as, and where a bound property's value lives in a store.
+// Internal to the library: not installed.
+//
+// A line: the comment is cut at the first ';' ('#' is an ordinary byte). A
+// line holding a '[' is cleaned as a whole; if it then starts with '[', it
+// is a section header whose name runs to the last ']' (or, without one, to
+// the end of the line). Other lines are entries as in the flat format,
+// collected for the current section. A section read replaces the whole
+// section of that name in the store; entries before the first header, or
+// under "[]", are dropped. The text: an optional ";<header>" line, then per
+// section in byte order "[name]", its entries, and an empty line.
+
+#ifndef SRC_INIPROPERTIESFORMAT_H_
+#define SRC_INIPROPERTIESFORMAT_H_
+
+#include <map>
+
+#include "IniProperties.h"
+#include "Property.h"
+#include "PropertyTextBuffer.h"
+#include "PropertyThreadGuard.h"
+
+class IniPropertiesFormat {
+ public:
+  typedef IniProperties Store;
+
+  // Takes the lines of one read into a store, section by section.
+  class LineParser {
+   public:
+    explicit LineParser(IniProperties& store);
+    // Takes the line [line, end), which holds no NUL byte; the text may be
+    // changed.
+    void Line(char* line, char* end, int lineNumber);
+    // Stores the entries of the last section.
+    void Finish();
+
+   private:
+    typedef std::map<propstring, propstring> Section;
+
+    // Makes m_pending the whole content of section m_current, unless no
+    // named section has begun (then it is dropped). Leaves m_pending empty.
+    void EndSection();
+
+    std::map<propstring, Section>& m_sections;
+    propstring m_current;  // Empty while no named section has begun.
+    Section m_pending;     // The entries read under m_current.
+  };
+
+  // Appends the text that store is written as to text.
+  static void Render(const IniProperties& store, const propstring& header,
+                     PropertyTextBuffer& text);
+  // Copies the value store holds for property (by section, then key) into
+  // value and returns true; returns false (after the store's not-found log
+  // line) if there is none.
+  static bool Find(const IniProperties& store, Property& property,
+                   propstring& value);
+  // Puts the current value of property into store, under its section.
+  static void Put(IniProperties& store, Property& property);
+};
+
+#endif  // SRC_INIPROPERTIESFORMAT_H_

@@ -1,0 +1,40 @@
+// JavaPropertiesFormat.cpp - see JavaPropertiesFormat.h.
+
+#include "JavaPropertiesFormat.h"
+
+#include "PropertyMessages.h"
+#include "PropertyTextReader.h"
+#include "PropertyTextWriter.h"
+
+JavaPropertiesFormat::LineParser::LineParser(JavaProperties& store)
+    : m_table(store.m_entries) {}
+
+void JavaPropertiesFormat::LineParser::Line(char* line, char* end,
+                                            int lineNumber) {
+  end = PropertyTextReader::CutComment(line, end, '#');
+  const auto* entry =
+      PropertyTextReader::ReadEntry(m_table, line, end, lineNumber);
+  if (entry == nullptr) return;
+  PropertyMessages::Write(PropertyMessages::kLoadingEntry, entry->first.c_str(),
+                          entry->second.c_str());
+}
+
+void JavaPropertiesFormat::LineParser::Finish() {}
+
+void JavaPropertiesFormat::Render(const JavaProperties& store,
+                                  const propstring& header,
+                                  PropertyTextBuffer& text) {
+  PropertyTextWriter::AppendHeader('#', header, text);
+  for (const auto& entry : store.m_entries) {
+    PropertyTextWriter::AppendEntry(entry.first, entry.second, text);
+  }
+}
+
+bool JavaPropertiesFormat::Find(const JavaProperties& store, Property& property,
+                                propstring& value) {
+  return store.GetProperty(property.GetKey(), value);
+}
+
+void JavaPropertiesFormat::Put(JavaProperties& store, Property& property) {
+  store.SetProperty(property.GetKey(), property.GetValue());
+}

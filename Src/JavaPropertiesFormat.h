@@ -1,0 +1,51 @@
+// JavaPropertiesFormat.h - the flat key=value format as the library reads
+// and writes it: the line parser that fills a JavaProperties table, the text
+// a table is written as, and where a bound property's value lives in a
+// table. Internal to the library: not installed.
+//
+// A line: the comment is cut at the first '#' (anywhere, also inside
+// quotes), the rest is split at the first '=', and both fields are cleaned
+// (PropertyTextReader::ExtractField). Lines without '=' are ignored. The
+// text: an optional "#<header>" line, then "<key>=<value>" lines in byte
+// order of the keys.
+
+#ifndef SRC_JAVAPROPERTIESFORMAT_H_
+#define SRC_JAVAPROPERTIESFORMAT_H_
+
+#include <map>
+
+#include "JavaProperties.h"
+#include "Property.h"
+#include "PropertyTextBuffer.h"
+#include "PropertyThreadGuard.h"
+
+class JavaPropertiesFormat {
+ public:
+  typedef JavaProperties Store;
+
+  // Takes the lines of one read into a table (merging: existing keys are
+  // overwritten, and a repeated key is logged).
+  class LineParser {
+   public:
+    explicit LineParser(JavaProperties& store);
+    // Takes the line [line, end), which holds no NUL byte; the text may be
+    // changed.
+    void Line(char* line, char* end, int lineNumber);
+    void Finish();
+
+   private:
+    std::map<propstring, propstring>& m_table;
+  };
+
+  // Appends the text that store is written as to text.
+  static void Render(const JavaProperties& store, const propstring& header,
+                     PropertyTextBuffer& text);
+  // Copies the value store holds for property into value and returns true;
+  // returns false (after the store's not-found log line) if there is none.
+  static bool Find(const JavaProperties& store, Property& property,
+                   propstring& value);
+  // Puts the current value of property into store.
+  static void Put(JavaProperties& store, Property& property);
+};
+
+#endif  // SRC_JAVAPROPERTIESFORMAT_H_

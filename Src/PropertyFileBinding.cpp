@@ -1,0 +1,86 @@
+// PropertyFileBinding.cpp - see PropertyFileBinding.h.
+
+#include "PropertyFileBinding.h"
+
+#include <algorithm>
+
+#include "IniPropertiesFormat.h"
+#include "JavaPropertiesFormat.h"
+#include "PropertyFile.h"
+#include "PropertyMessages.h"
+#include "PropertyTextBuffer.h"
+#include "PropertyTextReader.h"
+
+template <typename Format>
+PropertyFileBinding<Format>::PropertyFileBinding(std::vector<Property*>& bound,
+                                                 const propstring& path,
+                                                 const propstring& header)
+    : m_bound(bound), m_path(path), m_header(header) {}
+
+template <typename Format>
+void PropertyFileBinding<Format>::Bind(Property* property) {
+  m_bound.push_back(property);
+  Store store;
+  Load(store);
+  SetFromStore(property, store);
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::Unbind(Property* property) {
+  std::vector<Property*>::iterator it =
+      std::find(m_bound.begin(), m_bound.end(), property);
+  if (it != m_bound.end()) m_bound.erase(it);
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::Rewrite() {
+  // Merging into what the file holds now keeps keys that other programs or
+  // unregistered properties put there.
+  Store store;
+  Load(store);
+  for (Property* property : m_bound) Format::Put(store, *property);
+  // A failed write after a successful open goes unreported, as it always
+  // has; the in-memory values stay either way.
+  PropertyTextBuffer text;
+  Format::Render(store, m_header, text);
+  if (PropertyFile::Replace(m_path, text.Data(), text.Size()) ==
+      PropertyFile::kNotOpened) {
+    PropertyMessages::Write(PropertyMessages::kCanNotWrite, m_path.c_str());
+  }
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::Load(Store& store) {
+  // The result of the read is not looked at: a read error has been logged,
+  // and what was read before it counts.
+  bool opened = false;
+  typename Format::LineParser parser(store);
+  PropertyTextReader::ReadFile(m_path, opened, parser);
+  if (!opened) {
+    PropertyMessages::Write(PropertyMessages::kCanNotRead, m_path.c_str());
+  }
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::LoadAll() {
+  Store store;
+  Load(store);
+  // By index: a load notifies listeners, which may bind further properties.
+  for (size_t i = 0; i < m_bound.size(); ++i) SetFromStore(m_bound[i], store);
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::SetFromStore(Property* property,
+                                               Store& store) {
+  try {
+    propstring value;
+    if (Format::Find(store, *property, value)) property->SetValue(value);
+  } catch (Property::WrongValue& e) {
+    // The rejected text stays in the file until the next rewrite replaces it.
+    PropertyMessages::Write(PropertyMessages::kFormatChanged,
+                            property->GetKey().c_str(), e.m_message.c_str());
+  }
+}
+
+template class PropertyFileBinding<JavaPropertiesFormat>;
+template class PropertyFileBinding<IniPropertiesFormat>;

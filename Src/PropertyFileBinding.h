@@ -1,0 +1,58 @@
+// PropertyFileBinding.h - the cycle that ties the properties of a manager to
+// one file, for both formats: load one property, load all, rewrite (read,
+// merge, write), and the log line of a stored value a property rejects.
+// Internal to the library: not installed.
+//
+// JavaPropertiesPersistence and IniPropertiesPersistence keep their state
+// (the bound properties, the path, the header) in their own members, whose
+// layout programs depend on; a binding works on those members and forwards
+// nothing but them. Format is JavaPropertiesFormat or IniPropertiesFormat.
+//
+// Nothing is kept between calls: every load and every rewrite reads the file
+// afresh, so that a rewrite keeps what other programs wrote meanwhile.
+// File trouble is logged and never reported to the caller.
+//
+// Thread safety: no lock of its own; runs under the lock of whoever changes
+// or registers a property.
+
+#ifndef SRC_PROPERTYFILEBINDING_H_
+#define SRC_PROPERTYFILEBINDING_H_
+
+#include <vector>
+
+#include "Property.h"
+#include "PropertyThreadGuard.h"
+
+template <typename Format>
+class PropertyFileBinding {
+ public:
+  typedef typename Format::Store Store;
+
+  // Works on the members of one persistence object; none is owned.
+  PropertyFileBinding(std::vector<Property*>& bound, const propstring& path,
+                      const propstring& header);
+
+  // Binds property and gives it the value stored for it, if any.
+  void Bind(Property* property);
+  // Forgets the first binding of property, if any.
+  void Unbind(Property* property);
+  // Reads the file afresh, merges the value of every bound property into it
+  // and rewrites it. Logs "Can not write File '<path>'" if it cannot be
+  // opened.
+  void Rewrite();
+  // Reads the file into store. Logs "Can not read File '<path>'" and leaves
+  // store as it was if it cannot be opened.
+  void Load(Store& store);
+  // Reads the file once and gives every bound property its stored value.
+  void LoadAll();
+  // Gives property the value store holds for it, if any. A value the
+  // property rejects is logged; the property keeps its value.
+  void SetFromStore(Property* property, Store& store);
+
+ private:
+  std::vector<Property*>& m_bound;
+  const propstring& m_path;
+  const propstring& m_header;
+};
+
+#endif  // SRC_PROPERTYFILEBINDING_H_

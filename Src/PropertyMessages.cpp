@@ -1,0 +1,110 @@
+// PropertyMessages.cpp - see PropertyMessages.h.
+
+#include "PropertyMessages.h"
+
+// The C library's assertion handler. Declared here rather than taken from
+// <assert.h>, which declares it only when NDEBUG is not defined: the
+// library's assertions fire in every build type.
+extern "C" void __assert_fail(const char* expression, const char* file,
+                              unsigned int line, const char* function) noexcept
+    __attribute__((__noreturn__));
+
+// Message texts that existing log readers match; keep every byte.
+char PropertyMessages::kErrorReading[] = "Error reading Line %d";
+char PropertyMessages::kLineTooLong[] = "Line %d is too long";
+char PropertyMessages::kRedefinesProperty[] = "Line %d redefines a property";
+char PropertyMessages::kRedefinesSection[] = "Line %d redefines a section";
+char PropertyMessages::kLoadingEntry[] = "Loading '%s' to '%s'";
+char PropertyMessages::kLoadingSectionEntry[] = "Loading '%s' of '%s' to '%s'";
+char PropertyMessages::kSettingEntry[] = "Setting '%s' to '%s'";
+char PropertyMessages::kSettingSectionEntry[] = "Setting '%s' of '%s' to '%s'";
+// One text for a key missing from a store and from a manager: log readers
+// match one message for both.
+char PropertyMessages::kNotFound[] = "Property '%s' was not found";
+char PropertyMessages::kSectionEntryNotFound[] =
+    "Property '%s' at Section '%s' was not found";
+// One text for a value rejected on set and for a stored value rejected on
+// load, on purpose: log readers match one message for both.
+char PropertyMessages::kFormatChanged[] =
+    "Format of property '%s' seems to be changed: '%s'";
+char PropertyMessages::kCanNotRead[] = "Can not read File '%s'";
+char PropertyMessages::kCanNotWrite[] = "Can not write File '%s'";
+
+namespace {
+
+struct AssertionText {
+  const char* expression;
+  const char* file;
+  unsigned int line;
+  const char* function;
+};
+
+// Message texts that existing crash tooling matches, not source positions:
+// the file, line and function text of each assertion stay exactly as they
+// are, wherever the check itself lives. In the order of the enumeration.
+const AssertionText kAssertions[PropertyMessages::kAssertionCount] = {
+    {"!fileName.empty()", "Src/JavaProperties.cpp", 34,
+     "bool JavaProperties::Load(const propstring&)"},
+    {"!fileName.empty()", "Src/JavaProperties.cpp", 99,
+     "bool JavaProperties::Store(const propstring&, const propstring&)"},
+    {"!fileName.empty()", "Src/IniProperties.cpp", 34,
+     "bool IniProperties::Load(const propstring&)"},
+    {"!fileName.empty()", "Src/IniProperties.cpp", 124,
+     "bool IniProperties::Store(const propstring&, const propstring&)"},
+    {"property", "Src/PropertyManager.cpp", 53,
+     "void PropertyManager::RegisterProperty(Property*)"},
+    {"property", "Src/PropertyManager.cpp", 79,
+     "void PropertyManager::UnregisterProperty(Property*)"},
+    {"client", "Src/PropertyManager.cpp", 102,
+     "void PropertyManager::RegisterClient(PropertyClient*)"},
+    {"client", "Src/PropertyManager.cpp", 126,
+     "void PropertyManager::UnregisterClient(PropertyClient*)"},
+    {"listener", "Src/PropertyManager.cpp", 145,
+     "void PropertyManager::AddRegistryListener(PropertyRegistryListener*)"},
+    {"listener", "Src/PropertyManager.cpp", 161,
+     "void PropertyManager::RemoveRegistryListener("
+     "PropertyRegistryListener*)"},
+    {"listener", "Src/PropertyManager.cpp", 180,
+     "void PropertyManager::AddChangeListener(PropertyChangeListener*)"},
+    {"listener", "Src/PropertyManager.cpp", 196,
+     "void PropertyManager::RemoveChangeListener(PropertyChangeListener*)"},
+    {"property", "Src/PropertyManager.cpp", 215,
+     "void PropertyManager::NotifyChangeListeners(Property*)"},
+    {"m_propertyFactory", "Src/JavaPropertyManager.cpp", 40,
+     "Property* JavaPropertyManager::RegisterProperty(const propstring&, "
+     "const propstring&, const propstring&)"},
+    {"m_propertyFactory", "Src/IniPropertyManager.cpp", 41,
+     "Property* IniPropertyManager::RegisterProperty(const propstring&, "
+     "const propstring&, const propstring&, const propstring&)"},
+    {"property != __null", "Src/JavaPropertiesPersistence.cpp", 41,
+     "virtual void JavaPropertiesPersistence::RegisteredProperty(Property*)"},
+    {"property != __null", "Src/JavaPropertiesPersistence.cpp", 57,
+     "void JavaPropertiesPersistence::UnregisterProperty(Property*)"},
+    {"property", "Src/JavaPropertiesPersistence.cpp", 76,
+     "virtual void JavaPropertiesPersistence::AddingProperty(Property*)"},
+    {"property", "Src/JavaPropertiesPersistence.cpp", 87,
+     "virtual void JavaPropertiesPersistence::RemovingProperty(Property*)"},
+    {"property", "Src/JavaPropertiesPersistence.cpp", 98,
+     "virtual void JavaPropertiesPersistence::PropertyChanged(Property*)"},
+    {"property", "Src/JavaPropertiesPersistence.cpp", 163,
+     "void JavaPropertiesPersistence::SetValue(Property*, JavaProperties&)"},
+    {"property != __null", "Src/IniPropertiesPersistence.cpp", 41,
+     "virtual void IniPropertiesPersistence::RegisteredProperty(Property*)"},
+    {"property != __null", "Src/IniPropertiesPersistence.cpp", 57,
+     "void IniPropertiesPersistence::UnregisterProperty(Property*)"},
+    {"property", "Src/IniPropertiesPersistence.cpp", 76,
+     "virtual void IniPropertiesPersistence::AddingProperty(Property*)"},
+    {"property", "Src/IniPropertiesPersistence.cpp", 87,
+     "virtual void IniPropertiesPersistence::RemovingProperty(Property*)"},
+    {"property", "Src/IniPropertiesPersistence.cpp", 98,
+     "virtual void IniPropertiesPersistence::PropertyChanged(Property*)"},
+    {"property", "Src/IniPropertiesPersistence.cpp", 164,
+     "void IniPropertiesPersistence::SetValue(Property*, IniProperties&)"},
+};
+
+}  // namespace
+
+void PropertyMessages::Fail(Assertion assertion) {
+  const AssertionText& text = kAssertions[assertion];
+  __assert_fail(text.expression, text.file, text.line, text.function);
+}

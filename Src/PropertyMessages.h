@@ -1,0 +1,81 @@
+// PropertyMessages.h - the fixed texts the library emits: the formats of its
+// log lines and the assertion failures it aborts with. Internal to the
+// library: not installed.
+//
+// These are message texts that existing log readers and crash tooling match,
+// not source positions: an assertion names the same file, line and function
+// text wherever the code that checks it moves. Each text is written once, in
+// PropertyMessages.cpp.
+
+#ifndef SRC_PROPERTYMESSAGES_H_
+#define SRC_PROPERTYMESSAGES_H_
+
+#include "PropertyThreadGuard.h"
+
+class PropertyMessages {
+ public:
+  // Log formats. Arrays, not pointers to constants: Log() takes char* for
+  // compatibility with existing programs that define their own.
+  static char kErrorReading[];          // line number
+  static char kLineTooLong[];           // line number
+  static char kRedefinesProperty[];     // line number
+  static char kRedefinesSection[];      // line number
+  static char kLoadingEntry[];          // key, value
+  static char kLoadingSectionEntry[];   // key, section, value
+  static char kSettingEntry[];          // key, value
+  static char kSettingSectionEntry[];   // key, section, value
+  static char kNotFound[];              // key (store and manager alike)
+  static char kSectionEntryNotFound[];  // key, section
+  static char kFormatChanged[];         // key, message
+  static char kCanNotRead[];            // path
+  static char kCanNotWrite[];           // path
+
+  // Logs one message at the level the library uses for all of them (1).
+  template <typename... Args>
+  static void Write(char* format, Args... args) {
+    Log(1, format, args...);
+  }
+
+  // The library's assertions, by the operation that checks them.
+  enum Assertion {
+    kJavaPropertiesLoad,
+    kJavaPropertiesStore,
+    kIniPropertiesLoad,
+    kIniPropertiesStore,
+    kManagerRegisterProperty,
+    kManagerUnregisterProperty,
+    kManagerRegisterClient,
+    kManagerUnregisterClient,
+    kManagerAddRegistryListener,
+    kManagerRemoveRegistryListener,
+    kManagerAddChangeListener,
+    kManagerRemoveChangeListener,
+    kManagerNotifyChangeListeners,
+    kJavaManagerRegisterProperty,
+    kIniManagerRegisterProperty,
+    kJavaPersistenceRegisteredProperty,
+    kJavaPersistenceUnregisterProperty,
+    kJavaPersistenceAddingProperty,
+    kJavaPersistenceRemovingProperty,
+    kJavaPersistencePropertyChanged,
+    kJavaPersistenceSetValue,
+    kIniPersistenceRegisteredProperty,
+    kIniPersistenceUnregisterProperty,
+    kIniPersistenceAddingProperty,
+    kIniPersistenceRemovingProperty,
+    kIniPersistencePropertyChanged,
+    kIniPersistenceSetValue,
+    kAssertionCount
+  };
+
+  // Aborts through the C library's assertion handler with the fixed
+  // expression, file, line and function text of assertion. In every build
+  // type: these failures are the library's answer to a programming error.
+  [[noreturn]] static void Fail(Assertion assertion);
+  // Fail(assertion) unless holds.
+  static void Require(bool holds, Assertion assertion) {
+    if (!holds) Fail(assertion);
+  }
+};
+
+#endif  // SRC_PROPERTYMESSAGES_H_

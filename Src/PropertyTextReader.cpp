@@ -1,0 +1,142 @@
+// PropertyTextReader.cpp - see PropertyTextReader.h.
+
+#include "PropertyTextReader.h"
+
+#include <cstring>
+#include <tuple>
+#include <utility>
+
+#include "PropertyMessages.h"
+
+namespace {
+
+// The blanks of the C locale's isspace(), whatever the process locale is, so
+// that a file reads the same in every program.
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' ||
+         c == '\r';
+}
+
+}  // namespace
+
+char* PropertyTextReader::CutComment(char* line, char* end, char mark) {
+  char* comment = static_cast<char*>(
+      std::memchr(line, mark, static_cast<size_t>(end - line)));
+  return comment == nullptr ? end : comment;
+}
+
+PropertyTextReader::Table::value_type* PropertyTextReader::ReadEntry(
+    Table& table, char* line, char* end, int lineNumber) {
+  char* equals = static_cast<char*>(
+      std::memchr(line, '=', static_cast<size_t>(end - line)));
+  if (equals == nullptr) return nullptr;
+  char* keyEnd = equals;
+  const char* key = ExtractField(line, keyEnd);
+  const char* value = ExtractField(equals + 1, end);
+  // Hinted at the end: files in key order, as the library writes them, take
+  // constant time per line; any other order falls back to a search.
+  const size_t before = table.size();
+  Table::iterator it = table.emplace_hint(
+      table.end(), std::piecewise_construct,
+      std::forward_as_tuple(key, static_cast<size_t>(keyEnd - key)),
+      std::forward_as_tuple(value, static_cast<size_t>(end - value)));
+  if (table.size() == before) {
+    PropertyMessages::Write(PropertyMessages::kRedefinesProperty, lineNumber);
+    it->second.assign(value, static_cast<size_t>(end - value));
+  }
+  return &*it;
+}
+
+char* PropertyTextReader::Extract(char* text) {
+  char* end = text + std::strlen(text);
+  char* start = ExtractField(text, end);
+  *end = '\0';
+  return start;
+}
+
+char* PropertyTextReader::ExtractField(char* begin, char*& end) {
+  begin = SkipBlanks(begin, end);
+  const bool quoted = begin < end && *begin == '"';
+  if (quoted) ++begin;
+  char* start = begin;
+  while (end > start && IsBlank(end[-1])) --end;
+  if (quoted) {
+    // Only the last byte is looked at: "a" b keeps both of its quotes.
+    if (end > start && end[-1] == '"') {
+      --end;
+    } else {
+      --start;  // An unmatched opening quote belongs to the text.
+    }
+  }
+  return start;
+}
+
+char* PropertyTextReader::SkipBlanks(char* begin, char* end) {
+  while (begin < end && IsBlank(*begin)) ++begin;
+  return begin;
+}
+
+bool PropertyTextReader::HasOverlongLine(const char* text, size_t size) {
+  // A line is too long exactly when 512 bytes from its start hold no line
+  // feed; the last line feed of such a window starts the next line to look
+  // at. One search per window instead of one per line.
+  const size_t window = kLineBufferSize;
+  const char* const end = text + size;
+  while (static_cast<size_t>(end - text) > window - 1) {
+    const void* feed = ::memrchr(text, '\n', window);
+    if (feed == nullptr) return true;
+    text = static_cast<const char*>(feed) + 1;
+  }
+  return false;
+}
+
+bool PropertyTextReader::ReadForParsing(const propstring& path,
+                                        PropertyTextBuffer& text,
+                                        bool& opened) {
+  const PropertyFile::ReadResult read = PropertyFile::ReadWhole(path, text);
+  opened = read != PropertyFile::kCannotOpen;
+  return read == PropertyFile::kReadWhole &&
+         !HasOverlongLine(text.Data(), text.Size());
+}
+
+bool PropertyTextReader::ReadLine(std::istream& in, char* buffer,
+                                  int lineNumber) {
+  in.getline(buffer, kLineBufferSize, in.widen('\n'));
+  bool ok = true;
+  if (in.bad()) {
+    PropertyMessages::Write(PropertyMessages::kErrorReading, lineNumber);
+    ok = false;
+  }
+  // gcount() counts the consumed line feed too, so this fires exactly for a
+  // line of 511 characters, which is still stored whole. Kept as it always
+  // was: existing tools look for this message.
+  if (in.gcount() > kLineBufferSize - 1) {
+    PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
+  }
+  return ok;
+}
+
+char* PropertyTextReader::TakeLine(char*& cursor, char* end, int lineNumber,
+                                   bool& more) {
+  char* line = cursor;
+  char* feed = static_cast<char*>(
+      std::memchr(line, '\n', static_cast<size_t>(end - line)));
+  more = feed != nullptr;
+  if (!more) {
+    *end = '\0';
+    return line;
+  }
+  if (feed - line == kLineBufferSize - 1) {
+    PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
+  }
+  *feed = '\0';
+  cursor = feed + 1;
+  return line;
+}
+
+char* PropertyTextReader::LineEnd(char* line, const char* cursor, char* end,
+                                  bool more, bool nulInside) {
+  // Only a text with a NUL byte needs every line measured again.
+  if (nulInside) return line + std::strlen(line);
+  return more ? line + (cursor - line - 1) : end;
+}

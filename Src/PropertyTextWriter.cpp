@@ -1,0 +1,41 @@
+// PropertyTextWriter.cpp - see PropertyTextWriter.h.
+
+#include "PropertyTextWriter.h"
+
+void PropertyTextWriter::AppendHeader(char mark, const propstring& header,
+                                      PropertyTextBuffer& text) {
+  if (header.empty()) return;
+  text.Append(mark);
+  text.Append(header);
+  text.Append('\n');
+}
+
+void PropertyTextWriter::AppendEntry(const propstring& key,
+                                     const propstring& value,
+                                     PropertyTextBuffer& text) {
+  // One reservation per line: the copies are then plain moves.
+  char* line = text.Extend(key.size() + value.size() + 2);
+  PropertyTextBuffer::Copy(line, key.data(), key.size());
+  line += key.size();
+  *line++ = '=';
+  PropertyTextBuffer::Copy(line, value.data(), value.size());
+  line[value.size()] = '\n';
+}
+
+void PropertyTextWriter::WriteHeader(std::ostream& out, char mark,
+                                     const propstring& header) {
+  if (!header.empty()) WriteLine(out, mark + header);
+}
+
+void PropertyTextWriter::WriteEntry(std::ostream& out, const propstring& key,
+                                    const propstring& value) {
+  out.write(key.data(), static_cast<std::streamsize>(key.size()));
+  out.put('=');
+  WriteLine(out, value);
+}
+
+void PropertyTextWriter::WriteLine(std::ostream& out, const propstring& text) {
+  out.write(text.data(), static_cast<std::streamsize>(text.size()));
+  out.put('\n');
+  out.flush();
+}
