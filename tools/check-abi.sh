@@ -8,22 +8,22 @@
 # The baseline:
 #   abi/libproperties.symbols  the exported dynamic symbols, demangled and
 #                              sorted (nm -D --defined-only -C) with their nm
-#                              type letter, less the standard library's
-#                              template instances
+#                              type letter: the list cmake/libproperties.map
+#                              lets out, and nothing else
+#   abi/libproperties.suppr    what the description leaves out (see there)
 #   abi/libproperties.abi      libabigail's description of the interface
 #                              (abidw): every exported function and variable
 #                              and the types it reaches, with their sizes,
 #                              bases, members and offsets, and virtual tables
-#   abi/libproperties.suppr    what both leave out (see there)
 # Programs built against libproperties.so.1 rely on all of it (README,
 # Compatibility). Any difference fails, also a compatible one such as an
 # added function: a change that adds to the interface updates the baseline
 # with --update in the same commit. abidiff's report says whether a change
 # is incompatible.
 #
-# BUILD-DIR must hold a build of make's configuration: RelWithDebInfo (debug
-# information is read), without sanitizers. Other build types export other
-# inline functions. Needs abigail-tools: sh tools/install-deps.sh abi
+# BUILD-DIR must hold a build of make's configuration: RelWithDebInfo (abidw
+# reads the debug information), without sanitizers. Every build type exports
+# the same symbols. Needs abigail-tools: sh tools/install-deps.sh abi
 set -eu
 
 usage() {
@@ -84,18 +84,10 @@ if ! readelf -S "$library" | grep -q '\.debug_info'; then
   exit 2
 fi
 
-# Symbols: weak ones of namespaces std and __gnu_cxx, and the placement
-# operators new and delete, are the standard library's.
-nm -D --defined-only "$library" | awk '
-  { type = $2; name = $3
-    if (type ~ /^[uvwVW]$/) {
-      scope = name
-      sub(/^_ZZ?/, "", scope); sub(/^(T[ISV]|GV)/, "", scope)
-      sub(/^N/, "", scope); sub(/^[KVr]+/, "", scope)
-      if (scope ~ /^(St|S[abdios]|9__gnu_cxx|nw|na|dl|da)/) next
-    }
-    print type, name
-  }' | c++filt | LC_ALL=C sort -k2 -k1,1 -u >"$work/symbols"
+# Symbols: all of them. The export list keeps the standard library's
+# template instances local, so any that shows up here is a mistake.
+nm -D --defined-only "$library" | awk '{ print $2, $3 }' | c++filt |
+  LC_ALL=C sort -k2 -k1,1 -u >"$work/symbols"
 
 # Types: paths of the translation units are made relative to the source
 # tree, so that every checkout writes the same file.
