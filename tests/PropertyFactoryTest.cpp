@@ -235,11 +235,12 @@ TEST_P(CreatorFunctionTest, TypeNameConstantMatchesCreatedProperty) {
 }
 
 TEST_P(CreatorFunctionTest, CreatorsPassKeyRejectionOn) {
-  EXPECT_EQ(kKeyMessage, ErrorOf([this] {
-              delete GetParam().javaCreator("=#", GetParam().value);
+  const auto& creators = GetParam();
+  EXPECT_EQ(kKeyMessage, ErrorOf([&creators] {
+              delete creators.javaCreator("=#", creators.value);
             }));
-  EXPECT_EQ(kKeyMessage, ErrorOf([this] {
-              delete GetParam().iniCreator("=#", GetParam().value, "s");
+  EXPECT_EQ(kKeyMessage, ErrorOf([&creators] {
+              delete creators.iniCreator("=#", creators.value, "s");
             }));
 }
 
