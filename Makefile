@@ -5,6 +5,8 @@
 #               with crash-safe rewrites on (so both rewrite ways are tested)
 #   make tsan   the concurrency tests under ThreadSanitizer
 #   make valgrind  the demo and every test under valgrind's memcheck
+#   make clang  every test, built with clang (warnings are errors)
+#   make format-check  the sources against clang-format 14 (make format fixes)
 #   make fuzz   every fuzz target for FUZZ_SECONDS (default 60) with libFuzzer
 #   make install-check  install to a scratch prefix and build a consumer
 #   make abi-check      compare the binary interface with abi/
@@ -14,7 +16,8 @@ BUILD_DIR ?= build
 CMAKE_ARGS ?=
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all demo test asan tsan valgrind fuzz bench deps configure clean
+.PHONY: all demo test asan tsan valgrind clang format format-check fuzz bench \
+        deps configure clean
 
 all: test
 
@@ -50,6 +53,26 @@ tsan: deps
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/LogTests
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/PropertiesTests \
 	  --gtest_filter='ConcurrencyTest.*:*ReaderWriterTest.*:NativeValueTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
+
+# The second compiler: its warnings differ from GCC's.
+clang: deps
+	@sh tools/install-deps.sh clang
+	CXX=clang++ cmake -S . -B build-clang -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DPROPERTIES_WERROR=ON
+	cmake --build build-clang -j $(JOBS)
+	ctest --test-dir build-clang --output-on-failure -j $(JOBS)
+
+# Every C++ source of the project, formatted by one pinned clang-format.
+FORMAT_SOURCES = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null)
+CLANG_FORMAT = clang-format-14
+
+format-check:
+	@sh tools/install-deps.sh format
+	$(CLANG_FORMAT) --dry-run -Werror $(FORMAT_SOURCES)
+
+format:
+	@sh tools/install-deps.sh format
+	$(CLANG_FORMAT) -i $(FORMAT_SOURCES)
 
 # Definite and indirect leaks and memory errors fail the run; forked test
 # children are checked too (their exit code turns 9).
@@ -107,16 +130,19 @@ bench:
 	python3 bench/report.py build-bench/results.json > build-bench/results.md
 	@echo "Tables: build-bench/results.md"
 
+# Every build directory the targets above make.
 clean:
-	rm -rf $(BUILD_DIR) build-asan build-tsan
+	rm -rf $(BUILD_DIR) build build-asan build-tsan build-clang build-fuzz \
+	  build-bench
 
 # The installed tree: installs the build to a scratch prefix and builds and
 # runs a program against it through the CMake package and through pkg-config
 # (tests/consumer/run.sh; the CTest test InstalledConsumer, label "install").
 # The binary interface: compares libproperties.so.1 with the baseline in abi/
 # (tools/check-abi.sh; after an intended change:
-# tools/check-abi.sh --update $(BUILD_DIR)), then shows on a scratch copy
-# that an added member and an added virtual function are caught
+# tools/check-abi.sh --update $(BUILD_DIR)), checks that Debug and Release
+# export the same symbols (tools/check-export-list.sh), then shows on a
+# scratch copy that an added member and an added virtual function are caught
 # (tools/prove-abi-guard.sh).
 .PHONY: install-check abi-check
 
@@ -128,4 +154,5 @@ abi-check: configure
 	@sh tools/install-deps.sh abi
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target properties TextNumbers
 	sh tools/check-abi.sh $(BUILD_DIR)
+	sh tools/check-export-list.sh
 	sh tools/prove-abi-guard.sh

@@ -87,9 +87,10 @@ class PropertyManager {
   std::list<Property*> m_properties;
   std::list<PropertyRegistryListener*> m_registryListeners;
   std::list<PropertyChangeListener*> m_changeListeners;
-  // The four cursors are kept for the binary layout only. Walks use cursors
-  // of their own so that a callback may start another walk of the same
-  // manager, e.g. a change listener that sets a further property.
+  // Not client interface: the four cursors are kept for the binary layout
+  // only. Walks use cursors of their own so that a callback may start
+  // another walk of the same manager, e.g. a change listener that sets a
+  // further property.
   std::list<PropertyClient*>::iterator m_clientIter;
   std::list<Property*>::iterator m_propertyIter;
   std::list<PropertyRegistryListener*>::iterator m_registryListenerIter;

@@ -143,11 +143,10 @@ void BuildTable(const InputFile& input, SectionMap* sections) {
   SectionMap::iterator section = sections->end();
   for (const Entry& entry : input.entries) {
     if (section == sections->end() || section->first != entry.section) {
-      section = sections->emplace_hint(sections->end(), entry.section,
-                                       FlatMap());
+      section =
+          sections->emplace_hint(sections->end(), entry.section, FlatMap());
     }
-    section->second.emplace_hint(section->second.end(), entry.key,
-                                 entry.value);
+    section->second.emplace_hint(section->second.end(), entry.key, entry.value);
   }
 }
 

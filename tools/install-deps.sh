@@ -4,6 +4,9 @@
 #   install-deps.sh            what `make demo` and `make test` need
 #   install-deps.sh valgrind   and valgrind
 #   install-deps.sh fuzz       and clang with its libFuzzer runtime
+#   install-deps.sh clang      and clang (make clang)
+#   install-deps.sh format     and clang-format 14, the version whose output
+#                              the sources are checked against
 #   install-deps.sh abi        and abigail-tools (tools/check-abi.sh)
 #   install-deps.sh bench      and Google Benchmark with the libraries the
 #                              benchmarks compare against
@@ -39,6 +42,8 @@ for extra in "$@"; do
       need libboost-dev test -f /usr/include/boost/property_tree/ini_parser.hpp
       need libglib2.0-dev test -f /usr/include/glib-2.0/glib.h
       ;;
+    clang) need clang command -v clang++ ;;
+    format) need clang-format-14 command -v clang-format-14 ;;
     abi) need abigail-tools command -v abidiff ;;
     *) echo "install-deps.sh: unknown extra '$extra'" >&2; exit 2 ;;
   esac
