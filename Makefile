@@ -11,6 +11,7 @@
 #   make install-check  install to a scratch prefix and build a consumer
 #   make abi-check      compare the binary interface with abi/
 #   make bench  the benchmarks (build-bench/results.json, results.md; BENCH_ARGS)
+#   make bench-docs  the benchmarks, then the page docs/benchmarks.md
 
 BUILD_DIR ?= build
 CMAKE_ARGS ?=
@@ -115,8 +116,12 @@ fuzz:
 
 # Google Benchmark, Release build; medians of 5 repetitions go to
 # build-bench/results.json and, as markdown tables, to build-bench/results.md.
-# A quick run: make bench BENCH_ARGS=--benchmark_min_time=0.01
+# The results record the commit measured (with -dirty if the tree had
+# changes). A quick run: make bench BENCH_ARGS=--benchmark_min_time=0.01
+# make bench-docs runs the same and writes the page docs/benchmarks.md from
+# it (bench/report.py --markdown-page); that page is never edited by hand.
 BENCH_ARGS ?=
+BENCH_COMMIT = $(shell git describe --always --dirty 2>/dev/null || echo unknown)
 
 bench:
 	@sh tools/install-deps.sh bench
@@ -126,9 +131,18 @@ bench:
 	build-bench/bench/PropertiesBenchmark --benchmark_repetitions=5 \
 	  --benchmark_report_aggregates_only=true \
 	  --benchmark_out=build-bench/results.json --benchmark_out_format=json \
+	  --benchmark_context=commit=$(BENCH_COMMIT) \
 	  $(BENCH_ARGS)
 	python3 bench/report.py build-bench/results.json > build-bench/results.md
 	@echo "Tables: build-bench/results.md"
+
+.PHONY: bench-docs
+
+bench-docs: bench
+	python3 bench/report.py --markdown-page build-bench/results.json \
+	  > build-bench/benchmarks.md
+	mv build-bench/benchmarks.md docs/benchmarks.md
+	@echo "Page: docs/benchmarks.md"
 
 # Every build directory the targets above make.
 clean:
