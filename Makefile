@@ -86,6 +86,7 @@ valgrind: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
 	$(VALGRIND) $(BUILD_DIR)/examples/PropertiesDemo
 	$(VALGRIND) $(BUILD_DIR)/tests/PropertiesTests --gtest_brief=1
+	$(VALGRIND) $(BUILD_DIR)/tests/InternalTests --gtest_brief=1
 	$(VALGRIND) $(BUILD_DIR)/tests/LogTests --gtest_brief=1
 
 # Every fuzz target built with clang, libFuzzer and ASan+UBSan, each run for
