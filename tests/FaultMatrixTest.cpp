@@ -17,7 +17,6 @@
 #include "JavaProperties.h"
 #include "JavaPropertyManager.h"
 #include "Property.h"
-#include "PropertyFile.h"
 #include "support/ChildProcess.h"
 #include "support/FileFaults.h"
 #include "support/LogRecorder.h"
@@ -36,6 +35,7 @@ using test_support::LineOfLength;
 using test_support::LogRecorder;
 using test_support::ProgramResult;
 using test_support::ReadFile;
+using test_support::RewritesAreCrashSafe;
 using test_support::RunProgram;
 using test_support::ScopedFullDisk;
 using test_support::TempDir;
@@ -295,7 +295,7 @@ TYPED_TEST(FaultMatrixTest, FullDiskKeepsValuesAndLogsNothing) {
                       F::Setting("port", "9")}));
   // In place, the open has truncated the file; a crash-safe rewrite leaves
   // the old text.
-  EXPECT_EQ(ReadFile(this->m_path), PropertyFile::SafeWrites() ? before : "");
+  EXPECT_EQ(ReadFile(this->m_path), RewritesAreCrashSafe() ? before : "");
 }
 
 // The bound file changed by others between two stores.
@@ -566,7 +566,7 @@ TEST(FaultMatrixTest, FailingFirstWriteLosesKeysOnlyWhenWritingInPlace) {
   TempDir dir;
   ASSERT_EQ(RunDriver(dir.path(), "write:1:ENOSPC").status, 0);
   EXPECT_EQ(ReadFile(dir.File("faults.properties")),
-            DriverFlatFile(PropertyFile::SafeWrites()));
+            DriverFlatFile(RewritesAreCrashSafe()));
 }
 
 // Leaks: valgrind here, on a few failures; in a sanitizer build the leak

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "Properties.h"
-#include "PropertyFile.h"
 #include "support/AssertionMessage.h"
 #include "support/FileFaults.h"
 #include "support/LogRecorder.h"
@@ -24,6 +23,7 @@ using test_support::CanNotWrite;
 using test_support::FileExists;
 using test_support::LogRecorder;
 using test_support::ReadFile;
+using test_support::RewritesAreCrashSafe;
 using test_support::ScopedFullDisk;
 using test_support::TempDir;
 using test_support::TestManager;
@@ -323,7 +323,7 @@ TEST_F(JavaPropertiesPersistenceTest,
                       "Setting 'port' to '9'"}));
   // In place, the open has truncated the file; a crash-safe rewrite
   // leaves the old text.
-  EXPECT_EQ(ReadFile(m_path), PropertyFile::SafeWrites() ? before : "");
+  EXPECT_EQ(ReadFile(m_path), RewritesAreCrashSafe() ? before : "");
 }
 
 // Stored texts the property rejects.

@@ -27,4 +27,12 @@ std::string CanNotWrite(const std::string& path) {
   return "Can not write File '" + path + "'";
 }
 
+bool RewritesAreCrashSafe() {
+#ifdef PROPERTIES_TEST_SAFE_WRITES
+  return true;
+#else
+  return false;
+#endif
+}
+
 }  // namespace test_support

@@ -1,5 +1,6 @@
-// FileFaults.h - makes file writes fail as on a full disk, and builds the
-// messages the library logs when a bound file cannot be read or written.
+// FileFaults.h - makes file writes fail as on a full disk, builds the
+// messages the library logs when a bound file cannot be read or written, and
+// tells which way the library under test rewrites files.
 
 #ifndef TESTS_SUPPORT_FILEFAULTS_H_
 #define TESTS_SUPPORT_FILEFAULTS_H_
@@ -31,6 +32,12 @@ class ScopedFullDisk {
 std::string CanNotRead(const std::string& path);
 // "Can not write File '<path>'".
 std::string CanNotWrite(const std::string& path);
+
+// True if the library under test was built to rewrite files the crash-safe
+// way (-DPROPERTIES_SAFE_WRITES=ON: a new file renamed over the old one),
+// false if it rewrites them in place. The test build is told the same option
+// through PROPERTIES_TEST_SAFE_WRITES.
+bool RewritesAreCrashSafe();
 
 }  // namespace test_support
 
