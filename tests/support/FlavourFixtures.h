@@ -28,8 +28,6 @@
 
 namespace test_support {
 
-typedef std::vector<std::string> Messages;
-
 // The header of the files that the fixtures bind read-write.
 constexpr char kHeader[] = "app settings";
 constexpr char kIntegerType[] = "PROPERTY_TYPE_INTEGER";
