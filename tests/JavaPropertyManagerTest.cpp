@@ -30,6 +30,15 @@ TEST_F(JavaPropertyManagerTest, GetPropertyDoesNotLookAtTheSection) {
   EXPECT_EQ(m_manager.GetProperty("port"), port);
 }
 
+// Read-only bindings are recorded by path, so they can be removed.
+TEST_F(JavaPropertyManagerTest, UnbindingReadOnlyPathStopsLoading) {
+  WriteFile(m_path, "port=8080\n");
+  m_manager.RegisterNonPersistence(m_path);
+  m_manager.UnRegisterPersistence(m_path);
+  RegisterPort("80");
+  EXPECT_EQ(Get("port"), "80");
+}
+
 // A path bound read-only stays read-only: binding it read-write is ignored.
 TEST_F(JavaPropertyManagerTest,
        RegisterPersistenceOfReadOnlyPathKeepsItReadOnly) {
@@ -42,20 +51,15 @@ TEST_F(JavaPropertyManagerTest,
   EXPECT_EQ(ReadFile(m_path), text);
 }
 
+// The second binding of the path is ignored, so the file is loaded once.
 TEST_F(JavaPropertyManagerTest, SecondRegisterNonPersistenceOfPathIsIgnored) {
   WriteFile(m_path, "port=8080\n");
-  m_manager.RegisterNonPersistence(m_path);
-  m_manager.RegisterNonPersistence(m_path);
+  for (int bindings = 0; bindings < 2; ++bindings) {
+    m_manager.RegisterNonPersistence(m_path);
+  }
   m_manager.AddChangeListener(&m_changes);
   RegisterPort();
   EXPECT_EQ(m_changes.count, 1);
-}
-
-TEST_F(JavaPropertyManagerTest, UnbindingReadOnlyPathStopsLoading) {
-  WriteFile(m_path, "port=8080\n");
-  m_manager.RegisterNonPersistence(m_path);
-  m_manager.UnRegisterPersistence(m_path);
-  EXPECT_EQ(RegisterPort("80")->GetValue(), "80");
 }
 
 }  // namespace
