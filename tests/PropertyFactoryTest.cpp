@@ -235,10 +235,10 @@ TEST_P(CreatorFunctionTest, TypeNameConstantMatchesCreatedProperty) {
 }
 
 TEST_P(CreatorFunctionTest, CreatorsPassKeyRejectionOn) {
-  EXPECT_EQ(kKeyMessage, ErrorOf([this] {
+  EXPECT_EQ(kKeyMessage, ErrorOf([] {
               delete GetParam().javaCreator("=#", GetParam().value);
             }));
-  EXPECT_EQ(kKeyMessage, ErrorOf([this] {
+  EXPECT_EQ(kKeyMessage, ErrorOf([] {
               delete GetParam().iniCreator("=#", GetParam().value, "s");
             }));
 }
