@@ -2,19 +2,21 @@
 // typed tests, so that a behaviour both flavours share is tested once:
 //
 //   template <typename F>
-//   class StoreFlavoursTest : public StoreFixture<F> {};
+//   class StoreFlavoursTest : public testing::Test {};
 //   TYPED_TEST_SUITE(StoreFlavoursTest, test_support::Flavours,
 //                    test_support::FlavourNames);
 //
-//   TYPED_TEST(StoreFlavoursTest, ...) {
+//   TYPED_TEST(StoreFlavoursTest, StoreWritesEntry) {
 //     typedef TypeParam F;
-//     ... F::Put(&store, "port", "81"); ... F::Written("", "port=81\n") ...
+//     typename F::Store store;
+//     F::Put(&store, "port", "81");
+//     EXPECT_EQ(store.ToText(""), F::Written("", "port=81\n"));
 //   }
 //
 // The traits hide what differs: the classes, how a property is addressed (by
 // its key; in the INI flavour always in the section "net"), the comment
 // character, the texts the flavour logs and writes, and the texts of its
-// assertions.
+// assertions. FlavourFixtures.h has fixtures over the traits.
 
 #ifndef TESTS_SUPPORT_FLAVOURS_H_
 #define TESTS_SUPPORT_FLAVOURS_H_
