@@ -25,8 +25,8 @@
 
 namespace {
 
-using fuzz_support::IsBlank;
 using fuzz_support::Quote;
+using test_support::IsBlank;
 
 // Extract on a writable copy of text (which holds no NUL).
 std::string Cleaned(const std::string& text) {

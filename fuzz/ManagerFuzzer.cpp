@@ -71,7 +71,6 @@ namespace {
 
 using fuzz_support::IsStableField;
 using fuzz_support::Quote;
-using fuzz_support::ReferenceFlatLoad;
 using fuzz_support::Show;
 using fuzz_support::Table;
 
@@ -126,9 +125,7 @@ struct FileState {
     return exists == other.exists && bytes == other.bytes;
   }
   Table ReferenceTable() const {
-    Table table;
-    if (exists) ReferenceFlatLoad(bytes, table);
-    return table;
+    return exists ? test_support::ReadFlat(bytes).entries : Table();
   }
 };
 

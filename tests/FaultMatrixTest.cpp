@@ -19,6 +19,7 @@
 #include "Property.h"
 #include "support/ChildProcess.h"
 #include "support/FileFaults.h"
+#include "support/Flavours.h"
 #include "support/LogRecorder.h"
 #include "support/PropertyTesting.h"
 #include "support/StoreTesting.h"
@@ -48,106 +49,8 @@ const char kInteger[] = "PROPERTY_TYPE_INTEGER";
 const char kString[] = "PROPERTY_TYPE_STRING";
 const char kByteOrderMark[] = "\xEF\xBB\xBF";
 
-// The flat flavour: a JavaPropertyManager on a key=value file.
-struct Flat {
-  typedef JavaPropertyManager Manager;
-  typedef JavaPropertyFactory Factory;
-  typedef JavaProperties Store;
-  static constexpr bool kSectioned = false;
-  static constexpr int kFirstBodyLine = 1;
-
-  // A file whose entries are lines.
-  static std::string Body(const std::string& lines) { return lines; }
-  // What a rewrite writes for entries (key=value lines in byte order).
-  static std::string Written(const std::string& entries) {
-    return "#"s + kHeader + "\n" + entries;
-  }
-  static std::string Loading(const std::string& key, const std::string& value) {
-    return "Loading '" + key + "' to '" + value + "'";
-  }
-  static std::string Setting(const std::string& key, const std::string& value) {
-    return "Setting '" + key + "' to '" + value + "'";
-  }
-  static std::string NotFound(const std::string& key) {
-    return "Property '" + key + "' was not found";
-  }
-
-  static Property* Register(Manager* manager, const std::string& type,
-                            const std::string& key,
-                            const std::string& initial) {
-    return manager->RegisterProperty(type, key, initial);
-  }
-  static void Set(Manager* manager, const std::string& key,
-                  const std::string& value) {
-    manager->SetValue(key, value);
-  }
-  static std::string Get(const Manager& manager, const std::string& key) {
-    return manager.GetValue(key);
-  }
-  static void Put(Store* store, const std::string& key,
-                  const std::string& value) {
-    store->SetProperty(key, value);
-  }
-  static std::string Value(const Store& store, const std::string& key) {
-    return store.GetProperty(key);
-  }
-};
-
-// The sectioned flavour: an IniPropertyManager on an INI file, every
-// property in the section "net".
-struct Ini {
-  typedef IniPropertyManager Manager;
-  typedef IniPropertyFactory Factory;
-  typedef IniProperties Store;
-  static constexpr bool kSectioned = true;
-  static constexpr int kFirstBodyLine = 2;
-
-  static std::string Body(const std::string& lines) {
-    return "[net]\n" + lines;
-  }
-  static std::string Written(const std::string& entries) {
-    return ";"s + kHeader + "\n[net]\n" + entries + "\n";
-  }
-  static std::string Loading(const std::string& key, const std::string& value) {
-    return "Loading '" + key + "' of 'net' to '" + value + "'";
-  }
-  static std::string Setting(const std::string& key, const std::string& value) {
-    return "Setting '" + key + "' of 'net' to '" + value + "'";
-  }
-  static std::string NotFound(const std::string& key) {
-    return "Property '" + key + "' at Section 'net' was not found";
-  }
-
-  static Property* Register(Manager* manager, const std::string& type,
-                            const std::string& key,
-                            const std::string& initial) {
-    return manager->RegisterProperty(type, "net", key, initial);
-  }
-  static void Set(Manager* manager, const std::string& key,
-                  const std::string& value) {
-    manager->SetValue("net", key, value);
-  }
-  static std::string Get(const Manager& manager, const std::string& key) {
-    return manager.GetValue("net", key);
-  }
-  static void Put(Store* store, const std::string& key,
-                  const std::string& value) {
-    store->SetProperty("net", key, value);
-  }
-  static std::string Value(const Store& store, const std::string& key) {
-    return store.GetProperty("net", key);
-  }
-};
-
-typedef testing::Types<Flat, Ini> Flavours;
-
-class FlavourNames {
- public:
-  template <typename F>
-  static std::string GetName(int) {
-    return F::kSectioned ? "Ini" : "Flat";
-  }
-};
+using test_support::FlavourNames;
+using test_support::Flavours;
 
 // A manager of flavour F with a factory of every type, a file path in a
 // fresh directory and a log recorder.
@@ -237,7 +140,7 @@ TYPED_TEST(FaultMatrixTest, FirstChangeCreatesMissingFileOfBoundProperties) {
   this->Add("port", "80", kInteger);
   this->Add("name", "x");
   this->Set("port", "9");
-  EXPECT_EQ(ReadFile(this->m_path), F::Written("name=x\nport=9\n"));
+  EXPECT_EQ(ReadFile(this->m_path), F::Written(kHeader, "name=x\nport=9\n"));
 }
 
 TYPED_TEST(FaultMatrixTest, PathUnderRegularFileIsNeitherReadNorWritten) {
@@ -309,7 +212,7 @@ TYPED_TEST(FaultMatrixTest, DeletedFileIsRecreatedWithBoundPropertiesOnly) {
   ASSERT_EQ(::unlink(this->m_path.c_str()), 0);
   this->m_log.Clear();
   this->Set("port", "2");
-  EXPECT_EQ(ReadFile(this->m_path), F::Written("port=2\n"));
+  EXPECT_EQ(ReadFile(this->m_path), F::Written(kHeader, "port=2\n"));
   EXPECT_EQ(this->Logged(),
             (Messages{CanNotRead(this->m_path), F::Setting("port", "2")}));
 }
@@ -328,7 +231,7 @@ TYPED_TEST(FaultMatrixTest, FileRenamedOverBoundFileIsMergedOnNextStore) {
   EXPECT_EQ(this->Logged(),
             (Messages{F::Loading("added", "yes"), F::Loading("port", "77"),
                       F::Setting("port", "2")}));
-  EXPECT_EQ(ReadFile(this->m_path), F::Written("added=yes\nport=2\n"));
+  EXPECT_EQ(ReadFile(this->m_path), F::Written(kHeader, "added=yes\nport=2\n"));
 }
 
 // Odd bytes in the file.
@@ -347,7 +250,7 @@ TYPED_TEST(FaultMatrixTest, NulByteEndsTheTextOfItsLine) {
   this->Add("name", "none");
   EXPECT_EQ(this->Get("port"), "12");
   EXPECT_EQ(this->Get("name"), "none");
-  EXPECT_EQ(ReadFile(this->m_path), F::Written("extra=a\nport=12\n"));
+  EXPECT_EQ(ReadFile(this->m_path), F::Written(kHeader, "extra=a\nport=12\n"));
 }
 
 TYPED_TEST(FaultMatrixTest, CarriageReturnsBeforeLineFeedsAreDropped) {
@@ -362,7 +265,7 @@ TYPED_TEST(FaultMatrixTest, CarriageReturnsBeforeLineFeedsAreDropped) {
                                               F::Setting("port", "7")));
   this->Add("name", "none");
   EXPECT_EQ(this->Get("name"), "a b");
-  EXPECT_EQ(ReadFile(this->m_path), F::Written("name=a b\nport=7\n"));
+  EXPECT_EQ(ReadFile(this->m_path), F::Written(kHeader, "name=a b\nport=7\n"));
 }
 
 // A flat file's mark joins its first key; an INI file's mark spoils its
@@ -382,8 +285,8 @@ TYPED_TEST(FaultMatrixTest, ByteOrderMarkBecomesPartOfTheFirstLine) {
   EXPECT_EQ(this->Get(markedName), F::kSectioned ? "none" : "ab");
   this->Set("name", "cd");
   EXPECT_EQ(ReadFile(this->m_path),
-            F::Written("name=cd\n" + markedName +
-                       (F::kSectioned ? "=none\n" : "=ab\n")));
+            F::Written(kHeader, "name=cd\n" + markedName +
+                                    (F::kSectioned ? "=none\n" : "=ab\n")));
 }
 
 TYPED_TEST(FaultMatrixTest, InvalidUtf8IsKeptByteForByte) {
@@ -398,8 +301,9 @@ TYPED_TEST(FaultMatrixTest, InvalidUtf8IsKeptByteForByte) {
                               F::Setting(key, "\xC3\x28v")));
   this->Set(key, "\xF0\x28\x8C\xBC");
   EXPECT_EQ(this->Get(key), "\xF0\x28\x8C\xBC");
-  EXPECT_EQ(ReadFile(this->m_path),
-            F::Written(key + "=\xF0\x28\x8C\xBC\n\xFE\xFE=\xE2\x82\n"));
+  EXPECT_EQ(
+      ReadFile(this->m_path),
+      F::Written(kHeader, key + "=\xF0\x28\x8C\xBC\n\xFE\xFE=\xE2\x82\n"));
 }
 
 TYPED_TEST(FaultMatrixTest, LineOf511CharactersIsReadWholeAndWrittenBack) {
@@ -414,7 +318,7 @@ TYPED_TEST(FaultMatrixTest, LineOf511CharactersIsReadWholeAndWrittenBack) {
       "Line " + std::to_string(F::kFirstBodyLine) + " is too long";
   EXPECT_EQ(this->Logged(), this->LoadedTwice({tooLong, F::Loading("k", value)},
                                               F::Setting("k", value)));
-  EXPECT_EQ(ReadFile(this->m_path), F::Written(line + "\n"));
+  EXPECT_EQ(ReadFile(this->m_path), F::Written(kHeader, line + "\n"));
 }
 
 // File calls failing one at a time, in a separate program: FaultDriver with

@@ -235,12 +235,11 @@ TEST_P(CreatorFunctionTest, TypeNameConstantMatchesCreatedProperty) {
 }
 
 TEST_P(CreatorFunctionTest, CreatorsPassKeyRejectionOn) {
-  const auto& creators = GetParam();
-  EXPECT_EQ(kKeyMessage, ErrorOf([&creators] {
-              delete creators.javaCreator("=#", creators.value);
+  EXPECT_EQ(kKeyMessage, ErrorOf([] {
+              delete GetParam().javaCreator("=#", GetParam().value);
             }));
-  EXPECT_EQ(kKeyMessage, ErrorOf([&creators] {
-              delete creators.iniCreator("=#", creators.value, "s");
+  EXPECT_EQ(kKeyMessage, ErrorOf([] {
+              delete GetParam().iniCreator("=#", GetParam().value, "s");
             }));
 }
 

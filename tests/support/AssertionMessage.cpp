@@ -22,4 +22,9 @@ std::string AssertionRegex(const std::string& file, int line,
                      ": Assertion `" + condition + "' failed.");
 }
 
+std::string AssertionRegex(const AssertionText& assertion) {
+  return AssertionRegex(assertion.file, assertion.line, assertion.function,
+                        assertion.condition);
+}
+
 }  // namespace test_support

@@ -26,6 +26,17 @@ std::string AssertionRegex(const std::string& file, int line,
                            const std::string& function,
                            const std::string& condition);
 
+// One assertion of the library, with its four texts as glibc prints them.
+struct AssertionText {
+  const char* file;
+  int line;
+  const char* function;
+  const char* condition;
+};
+
+// AssertionRegex() of the four texts of assertion.
+std::string AssertionRegex(const AssertionText& assertion);
+
 }  // namespace test_support
 
 #endif  // TESTS_SUPPORT_ASSERTIONMESSAGE_H_

@@ -13,6 +13,9 @@
 
 namespace test_support {
 
+// Logged messages, in order.
+typedef std::vector<std::string> Messages;
+
 struct LogEntry {
   int level;
   std::string message;  // The format applied to its arguments.

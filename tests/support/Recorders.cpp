@@ -63,4 +63,12 @@ void CountingChangeListener::PropertyChanged(Property* property) {
   lastValue = property->GetValue();
 }
 
+TracedProperty::TracedProperty(const std::string& section,
+                               const std::string& key, EventList* events)
+    : IntegerProperty(key, "80", section), m_events(events) {}
+
+TracedProperty::~TracedProperty() {
+  m_events->push_back(GetKey() + ":deleted");
+}
+
 }  // namespace test_support

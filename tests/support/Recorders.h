@@ -1,6 +1,7 @@
-// Recorders.h - test doubles for the registry: a concrete manager and
-// listeners that write every callback into one shared event list, so that
-// tests can check callback order across several objects.
+// Recorders.h - test doubles for the registry: a concrete manager, and
+// listeners and a property that write every callback and deletion into one
+// shared event list, so that tests can check the order of events across
+// several objects.
 
 #ifndef TESTS_SUPPORT_RECORDERS_H_
 #define TESTS_SUPPORT_RECORDERS_H_
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "IntegerProperty.h"
 #include "Property.h"
 #include "PropertyChangeListener.h"
 #include "PropertyClient.h"
@@ -70,6 +72,18 @@ class CountingChangeListener : public PropertyChangeListener {
   int count = 0;
   Property* lastProperty = nullptr;
   std::string lastValue;
+};
+
+// An integer property (initial value "80") of section and key that records
+// its deletion as "<key>:deleted".
+class TracedProperty : public IntegerProperty {
+ public:
+  TracedProperty(const std::string& section, const std::string& key,
+                 EventList* events);
+  ~TracedProperty() override;
+
+ private:
+  EventList* m_events;
 };
 
 }  // namespace test_support
