@@ -28,9 +28,8 @@ class PrintingListener : public PropertyChangeListener {
  public:
   void PropertyChanged(Property* property) override {
     std::cout << "  changed: "
-              << (property->GetSection().empty()
-                      ? ""
-                      : property->GetSection() + "/")
+              << (property->GetSection().empty() ? ""
+                                                 : property->GetSection() + "/")
               << property->GetKey() << " = " << property->GetValue() << "\n";
   }
 };
