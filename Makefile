@@ -50,10 +50,10 @@ tsan: deps
 	cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DPROPERTIES_WERROR=ON -DPROPERTIES_SANITIZE=thread \
 	  -DPROPERTIES_LOG=stderr -DPROPERTIES_BUILD_EXAMPLES=OFF
-	cmake --build build-tsan -j $(JOBS) --target PropertiesTests LogTests
+	cmake --build build-tsan -j $(JOBS) --target PropertiesTests LogTests SharingDriver
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/LogTests
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/PropertiesTests \
-	  --gtest_filter='ConcurrencyTest.*:*ReaderWriterTest.*:NativeValueTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
+	  --gtest_filter='ConcurrencyTest.*:SharedFileTest*:*ReaderWriterTest.*:NativeValueTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
 
 # The second compiler: its warnings differ from GCC's.
 clang: deps

@@ -9,8 +9,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <vector>
+
+#include "PropertyFileLock.h"
 
 namespace {
 
@@ -26,6 +29,56 @@ bool WriteAll(int fd, const char* text, size_t size) {
     left -= static_cast<size_t>(written);
   }
   return true;
+}
+
+// Reads fd from its current offset to its end into buffer (Size() set);
+// sizeHint is where to start. False after a read error.
+bool ReadToEnd(int fd, size_t sizeHint, PropertyTextBuffer& buffer) {
+  // The size is only a hint: the file may grow or shrink meanwhile. One byte
+  // more than the size lets the first read see the end.
+  char* data = buffer.Reserve(sizeHint + 1, 0);
+  size_t filled = 0;
+  for (;;) {
+    if (filled == buffer.Capacity()) data = buffer.Reserve(2 * filled, filled);
+    const ssize_t got = ::read(fd, data + filled, buffer.Capacity() - filled);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return false;
+    if (got == 0) {
+      buffer.SetSize(filled);
+      return true;
+    }
+    filled += static_cast<size_t>(got);
+  }
+}
+
+// Takes the exclusive lock of the file at path for a rewrite, creating the
+// file if there is none (a rewrite is about to make it anyway), so that
+// readers and other writers wait for the whole new text. Holds nothing if
+// the file can be neither opened nor made (the write then fails as it
+// would have).
+void LockForWriting(const propstring& path, PropertyFileLock& lock) {
+  for (;;) {
+    if (lock.Acquire(path, PropertyFileLock::kExclusive, O_RDONLY)) return;
+    if (errno != ENOENT) return;
+    if (lock.Acquire(path, PropertyFileLock::kExclusive,
+                     O_RDONLY | O_CREAT | O_EXCL)) {
+      return;
+    }
+    if (errno != EEXIST) return;  // Made by another writer meanwhile: again.
+  }
+}
+
+// True if the file lock holds still has the contents seen.
+bool Unchanged(const PropertyFile::Contents& seen, PropertyFileLock& lock) {
+  if (lock.Created()) return seen.state == PropertyFile::Contents::kAbsent;
+  if (seen.state != PropertyFile::Contents::kBytes) return false;
+  struct stat info;
+  if (::fstat(lock.Fd(), &info) != 0) return false;
+  if (static_cast<size_t>(info.st_size) != seen.bytes.size()) return false;
+  PropertyTextBuffer now;
+  return ReadToEnd(lock.Fd(), seen.bytes.size(), now) &&
+         now.Size() == seen.bytes.size() &&
+         std::memcmp(now.Data(), seen.bytes.data(), now.Size()) == 0;
 }
 
 // The file a rewrite has to replace: path itself, or the final target of a
@@ -96,6 +149,28 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
 
 PropertyFile::Result PropertyFile::Replace(const propstring& path,
                                            const char* text, size_t size) {
+  PropertyFileLock lock;
+  LockForWriting(path, lock);
+  return Write(path, text, size);
+}
+
+PropertyFile::Result PropertyFile::ReplaceIfUnchanged(const propstring& path,
+                                                      const Contents& seen,
+                                                      const char* text,
+                                                      size_t size) {
+  PropertyFileLock lock;
+  LockForWriting(path, lock);
+  // Without the lock, or without a whole earlier read to compare with,
+  // nothing can be checked: the rewrite goes ahead as it always did.
+  if (lock.Locked() && seen.state != Contents::kUnknown &&
+      !Unchanged(seen, lock)) {
+    return kChanged;
+  }
+  return Write(path, text, size);
+}
+
+PropertyFile::Result PropertyFile::Write(const propstring& path,
+                                         const char* text, size_t size) {
   return SafeWrites() ? ReplaceAtomically(path, text, size)
                       : ReplaceInPlace(path, text, size);
 }
@@ -147,32 +222,25 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
 }
 
 PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
-                                                 PropertyTextBuffer& buffer) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return kCannotOpen;
-  struct stat info;
-  ReadResult result = kReadLineByLine;
-  if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
-    // The size is only a hint: the file may grow or shrink meanwhile. One
-    // byte more than the size lets the first read see the end.
-    char* data = buffer.Reserve(static_cast<size_t>(info.st_size) + 1, 0);
-    size_t filled = 0;
-    for (;;) {
-      if (filled == buffer.Capacity())
-        data = buffer.Reserve(2 * filled, filled);
-      const ssize_t got = ::read(fd, data + filled, buffer.Capacity() - filled);
-      if (got < 0 && errno == EINTR) continue;
-      if (got < 0) break;
-      if (got == 0) {
-        buffer.SetSize(filled);
-        result = kReadWhole;
-        break;
-      }
-      filled += static_cast<size_t>(got);
-    }
+                                                 PropertyTextBuffer& buffer,
+                                                 Contents* seen) {
+  if (seen != nullptr) *seen = Contents();
+  // Shared: readers wait for a rewrite in progress, not for each other.
+  PropertyFileLock lock;
+  if (!lock.Acquire(path, PropertyFileLock::kShared, O_RDONLY)) {
+    if (seen != nullptr && errno == ENOENT) seen->state = Contents::kAbsent;
+    return kCannotOpen;
   }
-  ::close(fd);
-  return result;
+  struct stat info;
+  if (::fstat(lock.Fd(), &info) != 0 || !S_ISREG(info.st_mode) ||
+      !ReadToEnd(lock.Fd(), static_cast<size_t>(info.st_size), buffer)) {
+    return kReadLineByLine;
+  }
+  if (seen != nullptr) {
+    seen->state = Contents::kBytes;
+    seen->bytes.assign(buffer.Data(), buffer.Size());
+  }
+  return kReadWhole;
 }
 
 bool PropertyFile::OpenForLines(const propstring& path, std::ifstream& in) {

@@ -13,7 +13,10 @@
 //    file, or no temporary file can be made in its directory) it falls back
 //    to the in-place way.
 // Replace() uses the atomic way in a library built with
-// -DPROPERTIES_SAFE_WRITES=ON, the in-place way otherwise.
+// -DPROPERTIES_SAFE_WRITES=ON, the in-place way otherwise. Reads and
+// rewrites hold the file's advisory lock (PropertyFileLock.h) while they
+// touch its bytes, so that programs sharing a file see whole texts and lose
+// no update.
 //
 // ReadWhole() reads a file in one go for the library's own loads, which then
 // parse it in memory; whatever it cannot take whole is read line by line
@@ -32,19 +35,42 @@
 class PropertyFile {
  public:
   enum Result {
-    kWritten,     // The file holds text.
-    kNotOpened,   // The file could not be opened (or created): unchanged.
-    kWriteFailed  // Opened, but writing failed (in place: file truncated).
+    kWritten,      // The file holds text.
+    kNotOpened,    // The file could not be opened (or created): unchanged.
+    kWriteFailed,  // Opened, but writing failed (in place: file truncated).
+    kChanged       // ReplaceIfUnchanged(): changed since it was read; not
+                   // written.
+  };
+
+  // What a whole read of a file found, for ReplaceIfUnchanged().
+  struct Contents {
+    enum State {
+      kUnknown,  // Not read whole: nothing to compare with.
+      kAbsent,   // There was no file.
+      kBytes     // The file held bytes.
+    };
+    Contents() : state(kUnknown) {}
+    State state;
+    propstring bytes;
   };
 
   // Replaces the content of the file at path with text, creating the file
-  // (mode 0666 less the umask) if needed.
+  // (mode 0666 less the umask) if needed, under the file's exclusive lock
+  // (PropertyFileLock.h): the way of this build (see SafeWrites()).
   static Result Replace(const propstring& path, const propstring& text);
   static Result ReplaceInPlace(const propstring& path, const propstring& text);
   static Result ReplaceAtomically(const propstring& path,
                                   const propstring& text);
   // The same with the text [text, text + size).
   static Result Replace(const propstring& path, const char* text, size_t size);
+  // Replace() if the file still holds what seen says, checked under the
+  // lock; kChanged, writing nothing, if another program rewrote it since.
+  // A rewrite that reads, merges and then writes this way loses no update
+  // of another program that does the same, and holds the lock only while it
+  // compares and writes bytes.
+  static Result ReplaceIfUnchanged(const propstring& path, const Contents& seen,
+                                   const char* text, size_t size);
+  // The two ways of writing, without the lock.
   static Result ReplaceInPlace(const propstring& path, const char* text,
                                size_t size);
   static Result ReplaceAtomically(const propstring& path, const char* text,
@@ -58,13 +84,19 @@ class PropertyFile {
     kReadLineByLine  // Opened, but not to be read whole: not a regular file
                      // (a device may never end) or a read error occurred.
   };
-  // Reads the whole content of the file at path into buffer (its Size());
-  // the byte after the content is writable.
+  // Reads the whole content of the file at path into buffer (its Size()),
+  // under the file's shared lock; the byte after the content is writable.
+  // If seen is not null, it records what was found.
   static ReadResult ReadWhole(const propstring& path,
-                              PropertyTextBuffer& buffer);
+                              PropertyTextBuffer& buffer,
+                              Contents* seen = nullptr);
   // Opens the file at path as a text input stream, for reading line by
   // line. Returns false if it cannot be opened.
   static bool OpenForLines(const propstring& path, std::ifstream& in);
+
+ private:
+  // ReplaceAtomically() or ReplaceInPlace(), as this build writes.
+  static Result Write(const propstring& path, const char* text, size_t size);
 };
 
 #endif  // SRC_PROPERTYFILE_H_

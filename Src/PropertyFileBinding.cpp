@@ -34,28 +34,40 @@ void PropertyFileBinding<Format>::Unbind(Property* property) {
 
 template <typename Format>
 void PropertyFileBinding<Format>::Rewrite() {
-  // Merging into what the file holds now keeps keys that other programs or
-  // unregistered properties put there.
-  Store store;
-  Load(store);
-  for (Property* property : m_bound) Format::Put(store, *property);
+  PropertyFile::Result result;
+  // A pass reads, merges and renders with no lock held (a listener or a Log
+  // hook may run meanwhile); only the final compare-and-write holds the
+  // file's lock. Another program's rewrite in between starts a new pass.
+  // Passes are bounded so that a writer that keeps losing still writes.
+  for (int pass = 1;; ++pass) {
+    // Merging into what the file holds now keeps keys that other programs
+    // or unregistered properties put there.
+    Store store;
+    PropertyFile::Contents seen;
+    Load(store, &seen);
+    for (Property* property : m_bound) Format::Put(store, *property);
+    PropertyTextBuffer text;
+    Format::Render(store, m_header, text);
+    if (pass == kMaxPasses) seen = PropertyFile::Contents();
+    result = PropertyFile::ReplaceIfUnchanged(m_path, seen, text.Data(),
+                                              text.Size());
+    if (result != PropertyFile::kChanged) break;
+  }
   // A failed write after a successful open goes unreported, as it always
   // has; the in-memory values stay either way.
-  PropertyTextBuffer text;
-  Format::Render(store, m_header, text);
-  if (PropertyFile::Replace(m_path, text.Data(), text.Size()) ==
-      PropertyFile::kNotOpened) {
+  if (result == PropertyFile::kNotOpened) {
     PropertyMessages::Write(PropertyMessages::kCanNotWrite, m_path.c_str());
   }
 }
 
 template <typename Format>
-void PropertyFileBinding<Format>::Load(Store& store) {
+void PropertyFileBinding<Format>::Load(Store& store,
+                                       PropertyFile::Contents* seen) {
   // The result of the read is not looked at: a read error has been logged,
   // and what was read before it counts.
   bool opened = false;
   typename Format::LineParser parser(store);
-  PropertyTextReader::ReadFile(m_path, opened, parser);
+  PropertyTextReader::ReadFile(m_path, opened, parser, seen);
   if (!opened) {
     PropertyMessages::Write(PropertyMessages::kCanNotRead, m_path.c_str());
   }

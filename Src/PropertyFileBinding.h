@@ -5,8 +5,8 @@
 //
 // JavaPropertiesPersistence and IniPropertiesPersistence keep their state
 // (the bound properties, the path, the header) in their own members, whose
-// layout programs depend on; a binding works on those members and forwards
-// nothing but them. Format is JavaPropertiesFormat or IniPropertiesFormat.
+// layout programs depend on; a binding is a view of those members and keeps
+// nothing of its own. Format is JavaPropertiesFormat or IniPropertiesFormat.
 //
 // Nothing is kept between calls: every load and every rewrite reads the file
 // afresh, so that a rewrite keeps what other programs wrote meanwhile.
@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "Property.h"
+#include "PropertyFile.h"
 #include "PropertyThreadGuard.h"
 
 template <typename Format>
@@ -38,11 +39,13 @@ class PropertyFileBinding {
   void Unbind(Property* property);
   // Reads the file afresh, merges the value of every bound property into it
   // and rewrites it. Logs "Can not write File '<path>'" if it cannot be
-  // opened.
+  // opened. If another program rewrites the file between the read and the
+  // write, starts again from the read, so that its update is kept.
   void Rewrite();
   // Reads the file into store. Logs "Can not read File '<path>'" and leaves
-  // store as it was if it cannot be opened.
-  void Load(Store& store);
+  // store as it was if it cannot be opened. If seen is not null, it records
+  // what the read found.
+  void Load(Store& store, PropertyFile::Contents* seen = nullptr);
   // Reads the file once and gives every bound property its stored value.
   void LoadAll();
   // Gives property the value store holds for it, if any. A value the
@@ -50,6 +53,10 @@ class PropertyFileBinding {
   void SetFromStore(Property* property, Store& store);
 
  private:
+  // After this many passes lost to other writers, a rewrite writes without
+  // comparing.
+  enum { kMaxPasses = 100 };
+
   std::vector<Property*>& m_bound;
   const propstring& m_path;
   const propstring& m_header;

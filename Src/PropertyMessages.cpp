@@ -29,6 +29,9 @@ char PropertyMessages::kFormatChanged[] =
     "Format of property '%s' seems to be changed: '%s'";
 char PropertyMessages::kCanNotRead[] = "Can not read File '%s'";
 char PropertyMessages::kCanNotWrite[] = "Can not write File '%s'";
+// Only ever logged when another program holds a file's lock too long.
+char PropertyMessages::kStayedLocked[] =
+    "File '%s' stayed locked; going on without the lock";
 
 namespace {
 

@@ -29,6 +29,7 @@ class PropertyMessages {
   static char kFormatChanged[];         // key, message
   static char kCanNotRead[];            // path
   static char kCanNotWrite[];           // path
+  static char kStayedLocked[];          // path
 
   // Logs one message at the level the library uses for all of them (1).
   template <typename... Args>

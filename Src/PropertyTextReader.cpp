@@ -91,9 +91,10 @@ bool PropertyTextReader::HasOverlongLine(const char* text, size_t size) {
 }
 
 bool PropertyTextReader::ReadForParsing(const propstring& path,
-                                        PropertyTextBuffer& text,
-                                        bool& opened) {
-  const PropertyFile::ReadResult read = PropertyFile::ReadWhole(path, text);
+                                        PropertyTextBuffer& text, bool& opened,
+                                        PropertyFile::Contents* seen) {
+  const PropertyFile::ReadResult read =
+      PropertyFile::ReadWhole(path, text, seen);
   opened = read != PropertyFile::kCannotOpen;
   return read == PropertyFile::kReadWhole &&
          !HasOverlongLine(text.Data(), text.Size());

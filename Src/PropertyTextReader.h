@@ -53,11 +53,13 @@ class PropertyTextReader {
   // one go and parsed in memory, with the same lines, result and log lines
   // as ReadStream() on it; anything else (a device, a read error, a line the
   // stream reader never gets past) is left to ReadStream(), so that such
-  // files end as they always have.
+  // files end as they always have. If seen is not null, it records what the
+  // read found, for a rewrite that must not lose another program's update.
   template <typename Parser>
-  static bool ReadFile(const propstring& path, bool& opened, Parser& parser) {
+  static bool ReadFile(const propstring& path, bool& opened, Parser& parser,
+                       PropertyFile::Contents* seen = nullptr) {
     PropertyTextBuffer text;
-    if (ReadForParsing(path, text, opened)) {
+    if (ReadForParsing(path, text, opened, seen)) {
       ParseText(text.Data(), text.Size(), parser);
       return true;
     }
@@ -112,7 +114,7 @@ class PropertyTextReader {
   // Reads the file at path whole into text and returns true if it may be
   // parsed in memory; otherwise opened tells whether it could be opened.
   static bool ReadForParsing(const propstring& path, PropertyTextBuffer& text,
-                             bool& opened);
+                             bool& opened, PropertyFile::Contents* seen);
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
   // (NUL-terminated) and logs a read error or an over-long line under
   // lineNumber. Returns false after a read error (the line is still valid).

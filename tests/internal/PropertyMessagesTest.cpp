@@ -34,6 +34,8 @@ TEST(PropertyMessagesTest, LogFormatsAreTheEstablishedTexts) {
                PropertyMessages::kFormatChanged);
   EXPECT_STREQ("Can not read File '%s'", PropertyMessages::kCanNotRead);
   EXPECT_STREQ("Can not write File '%s'", PropertyMessages::kCanNotWrite);
+  EXPECT_STREQ("File '%s' stayed locked; going on without the lock",
+               PropertyMessages::kStayedLocked);
 }
 
 struct Site {
