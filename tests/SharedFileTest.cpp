@@ -123,6 +123,38 @@ TYPED_TEST(SharedFileTest, WritersLoseNoUpdateAndReadersSeeWholeFiles) {
   }
 }
 
+TYPED_TEST(SharedFileTest, ParallelPropctlSetsAllLandBesideAWritingProgram) {
+  this->WriteKeepFile();
+  const int kSets = 20;
+  std::vector<std::vector<std::string>> programs;
+  programs.push_back(this->Writer("w0", 100));
+  for (int i = 0; i < kSets; ++i) {
+    std::vector<std::string> set = {PROPERTIES_PROPCTL, "set", this->m_path};
+    if (TypeParam::kSectioned) set.push_back("s");
+    set.push_back("k" + std::to_string(i));
+    set.push_back("v" + std::to_string(i));
+    programs.push_back(set);
+  }
+  std::vector<ProgramResult> results(programs.size());
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < programs.size(); ++i) {
+    threads.emplace_back([&, i] { results[i] = RunProgram(programs[i]); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const ProgramResult& result : results) {
+    EXPECT_EQ(0, result.status) << result.err;
+  }
+  const std::string text = ReadFile(this->m_path);
+  EXPECT_NE(std::string::npos, text.find(this->Entry("keep", "1"))) << text;
+  EXPECT_NE(std::string::npos, text.find(this->Entry("w0", "100"))) << text;
+  for (int i = 0; i < kSets; ++i) {
+    EXPECT_NE(std::string::npos,
+              text.find(this->Entry("k" + std::to_string(i),
+                                    "v" + std::to_string(i))))
+        << text;
+  }
+}
+
 TYPED_TEST(SharedFileTest, KilledLockHolderDoesNotBlockOthers) {
   this->WriteKeepFile();
   LockHolder holder(this->m_path);

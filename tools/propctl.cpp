@@ -34,12 +34,14 @@
 #include "ListProperty.h"
 #include "Properties.h"
 #include "Property.h"
+#include "PropertyFileLock.h"
 #include "StringProperty.h"
 #include "propctl/FileCheck.h"
 
 // The tool reports every problem itself; the library's log lines (in a build
-// that logs to standard error) would only mix into its output. This
-// definition takes the place of the library's for this program.
+// that logs to standard error) would only mix into its output. The tool is
+// linked with the library's objects, which leave Log() to the program: this
+// is the tool's.
 void Log(int, char*, ...) {}
 
 namespace {
@@ -301,33 +303,31 @@ std::string SystemError(const std::string& path) {
   return path + ": " + std::strerror(errno);
 }
 
-// The whole content of the regular file at path (symbolic links followed).
-// Throws Failure if it cannot be read. Other kinds of files are refused:
-// a device can read without end, and opening a FIFO can wait for ever.
+// The whole content of the regular file at path (symbolic links followed),
+// read under the file's shared lock as the library reads it, so that a
+// rewrite by another program is never seen half done. Throws Failure if it
+// cannot be read. Other kinds of files are refused: a device can read
+// without end, and opening a FIFO can wait for ever.
 std::string ReadRegularFile(const std::string& path) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (fd < 0) throw Failure{SystemError(path)};
+  PropertyFileLock lock;
+  if (!lock.Acquire(path, PropertyFileLock::kShared, O_RDONLY | O_NONBLOCK)) {
+    throw Failure{SystemError(path)};
+  }
+  const int fd = lock.Fd();
   struct stat status;
   const bool statFailed = ::fstat(fd, &status) != 0;
   if (statFailed || !S_ISREG(status.st_mode)) {
-    const Failure failure{statFailed ? SystemError(path)
-                                     : path + ": not a regular file"};
-    ::close(fd);
-    throw failure;
+    throw Failure{statFailed ? SystemError(path)
+                             : path + ": not a regular file"};
   }
   std::string text;
   char buffer[65536];
   ssize_t got;
   while ((got = ::read(fd, buffer, sizeof buffer)) != 0) {
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0) {
-      const Failure failure{SystemError(path)};
-      ::close(fd);
-      throw failure;
-    }
+    if (got < 0) throw Failure{SystemError(path)};
     text.append(buffer, static_cast<size_t>(got));
   }
-  ::close(fd);
   return text;
 }
 
