@@ -65,6 +65,19 @@ class LockHolder {
   bool m_locked = false;
 };
 
+// Runs every program at the same time and expects each to succeed.
+void RunAllAtOnce(const std::vector<std::vector<std::string>>& programs) {
+  std::vector<ProgramResult> results(programs.size());
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < programs.size(); ++i) {
+    threads.emplace_back([&, i] { results[i] = RunProgram(programs[i]); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const ProgramResult& result : results) {
+    EXPECT_EQ(0, result.status) << result.err;
+  }
+}
+
 template <typename F>
 class SharedFileTest : public testing::Test {
  protected:
@@ -105,15 +118,7 @@ TYPED_TEST(SharedFileTest, WritersLoseNoUpdateAndReadersSeeWholeFiles) {
   }
   programs.push_back({PROPERTIES_SHARING_DRIVER, this->Kind(), this->m_path,
                       "reader", "400", "keep"});
-  std::vector<ProgramResult> results(programs.size());
-  std::vector<std::thread> threads;
-  for (size_t i = 0; i < programs.size(); ++i) {
-    threads.emplace_back([&, i] { results[i] = RunProgram(programs[i]); });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (const ProgramResult& result : results) {
-    EXPECT_EQ(0, result.status) << result.err;
-  }
+  RunAllAtOnce(programs);
   const std::string text = ReadFile(this->m_path);
   EXPECT_NE(std::string::npos, text.find(this->Entry("keep", "1"))) << text;
   for (int i = 0; i < kWriters; ++i) {
@@ -135,15 +140,7 @@ TYPED_TEST(SharedFileTest, ParallelPropctlSetsAllLandBesideAWritingProgram) {
     set.push_back("v" + std::to_string(i));
     programs.push_back(set);
   }
-  std::vector<ProgramResult> results(programs.size());
-  std::vector<std::thread> threads;
-  for (size_t i = 0; i < programs.size(); ++i) {
-    threads.emplace_back([&, i] { results[i] = RunProgram(programs[i]); });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (const ProgramResult& result : results) {
-    EXPECT_EQ(0, result.status) << result.err;
-  }
+  RunAllAtOnce(programs);
   const std::string text = ReadFile(this->m_path);
   EXPECT_NE(std::string::npos, text.find(this->Entry("keep", "1"))) << text;
   EXPECT_NE(std::string::npos, text.find(this->Entry("w0", "100"))) << text;
