@@ -69,6 +69,9 @@ class IniPropertiesPersistence : public PropertyClient,
   void SetValue(Property* property, IniProperties& store);
 
  protected:
+  // Not client interface: reloads on outside changes reach the members.
+  friend class PropertyManagerOperations;
+
   std::vector<Property*> m_boundProperties;  // Not owned.
   propstring m_filePath;
   propstring m_header;

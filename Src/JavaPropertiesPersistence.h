@@ -67,6 +67,9 @@ class JavaPropertiesPersistence : public PropertyClient,
   void SetValue(Property* property, JavaProperties& store);
 
  protected:
+  // Not client interface: reloads on outside changes reach the members.
+  friend class PropertyManagerOperations;
+
   std::vector<Property*> m_boundProperties;  // Not owned.
   propstring m_filePath;
   propstring m_header;

@@ -82,6 +82,21 @@ void PropertyFileBinding<Format>::LoadAll() {
 }
 
 template <typename Format>
+void PropertyFileBinding<Format>::Reload() {
+  Store store;
+  Load(store);
+  // By index: a set notifies listeners, which may bind further properties.
+  for (size_t i = 0; i < m_bound.size(); ++i) {
+    Property* property = m_bound[i];
+    propstring value;
+    if (Format::Find(store, *property, value) &&
+        value != property->GetValue()) {
+      SetFromStore(property, store);
+    }
+  }
+}
+
+template <typename Format>
 void PropertyFileBinding<Format>::SetFromStore(Property* property,
                                                Store& store) {
   try {

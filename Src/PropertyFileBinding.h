@@ -48,6 +48,10 @@ class PropertyFileBinding {
   void Load(Store& store, PropertyFile::Contents* seen = nullptr);
   // Reads the file once and gives every bound property its stored value.
   void LoadAll();
+  // Reads the file once and gives each bound property whose stored value
+  // text differs from its own that value: only those are set (and their
+  // change listeners told). A file that cannot be read changes nothing.
+  void Reload();
   // Gives property the value store holds for it, if any. A value the
   // property rejects is logged; the property keeps its value.
   void SetFromStore(Property* property, Store& store);

@@ -4,6 +4,14 @@
 
 #include <pthread.h>
 
+#include <algorithm>
+
+#include "IniPropertiesFormat.h"
+#include "IniPropertiesPersistence.h"
+#include "JavaPropertiesFormat.h"
+#include "JavaPropertiesPersistence.h"
+#include "PropertyFileBinding.h"
+
 namespace {
 
 // Guards the shape of every manager's property list against look-ups that
@@ -56,4 +64,39 @@ void PropertyManagerOperations::SetValue(PropertyManager& manager,
                             property->GetKey().c_str(), e.m_message.c_str());
     throw Property::WrongValue(e);
   }
+}
+
+void PropertyManagerOperations::Reload(PropertyManager& manager) {
+  PropertyThreadGuard guard(manager.m_mutex);
+  // The bindings are the manager's clients. A reload notifies listeners,
+  // which may bind or unbind files: walk a copy, and skip what is gone.
+  const std::list<PropertyClient*> clients = manager.m_clients;
+  for (PropertyClient* client : clients) {
+    if (std::find(manager.m_clients.begin(), manager.m_clients.end(), client) ==
+        manager.m_clients.end()) {
+      continue;
+    }
+    if (auto* flat = dynamic_cast<JavaPropertiesPersistence*>(client)) {
+      PropertyFileBinding<JavaPropertiesFormat>(
+          flat->m_boundProperties, flat->m_filePath, flat->m_header)
+          .Reload();
+    } else if (auto* ini = dynamic_cast<IniPropertiesPersistence*>(client)) {
+      PropertyFileBinding<IniPropertiesFormat>(ini->m_boundProperties,
+                                               ini->m_filePath, ini->m_header)
+          .Reload();
+    }
+  }
+}
+
+std::vector<propstring> PropertyManagerOperations::BoundPaths(
+    const PropertyManager& manager) {
+  std::vector<propstring> paths;
+  for (PropertyClient* client : manager.m_clients) {
+    if (auto* flat = dynamic_cast<JavaPropertiesPersistence*>(client)) {
+      paths.push_back(flat->m_filePath);
+    } else if (auto* ini = dynamic_cast<IniPropertiesPersistence*>(client)) {
+      paths.push_back(ini->m_filePath);
+    }
+  }
+  return paths;
 }

@@ -13,6 +13,7 @@
 #include <pthread.h>
 
 #include <map>
+#include <vector>
 
 #include "Property.h"
 #include "PropertyManager.h"
@@ -69,6 +70,14 @@ class PropertyManagerOperations {
     manager.RegisterProperty(property);
     return property;
   }
+
+  // Reloads every file binding of manager (read-write and read-only, of
+  // either flavour, also those the INI manager does not record) from its
+  // file, under the manager's mutex: properties whose stored value text
+  // changed get it.
+  static void Reload(PropertyManager& manager);
+  // The paths of manager's file bindings, in the order they were made.
+  static std::vector<propstring> BoundPaths(const PropertyManager& manager);
 
   // Binds the file at path to manager through a new Persistence(path,
   // header), unless index holds path already: as client and registry
