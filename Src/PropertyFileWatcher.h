@@ -30,6 +30,8 @@
 #include "PropertyManager.h"
 #include "PropertyThreadGuard.h"
 
+class PropertyDirectoryWatch;
+
 class PropertyFileWatcher {
  public:
   // Watches the files bound to manager. Not owned: manager must outlive the
@@ -54,10 +56,8 @@ class PropertyFileWatcher {
   PropertyFileWatcher& operator=(const PropertyFileWatcher&) = delete;
 
  private:
-  class Watches;
-
-  PropertyManager* m_manager;  // Not owned.
-  Watches* m_watches;          // Owned.
+  PropertyManager* m_manager;         // Not owned.
+  PropertyDirectoryWatch* m_watches;  // Owned.
 };
 
 #endif  // SRC_PROPERTYFILEWATCHER_H_

@@ -1,7 +1,9 @@
 // PropctlTest.cpp - the commands, messages and exit codes of the propctl tool.
 
 #include <gtest/gtest.h>
+#include <stdio.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -470,6 +472,71 @@ TEST_F(PropctlTest, OptionWithoutItsArgumentExitsTwo) {
   EXPECT_TRUE(Ran(Run({"set", "--header"}), 2, "",
                   "propctl set: option '--header' needs an argument; try "
                   "'propctl help set'\n"));
+}
+
+// propctl watch runs until a change comes; the test waits for it to say
+// that it watches, changes the file, and collects what it printed.
+class PropctlWatchTest : public PropctlTest {
+ protected:
+  static const int kWaitMs = 10000;
+
+  // Starts "propctl watch --once" with args and waits until it watches.
+  std::unique_ptr<test_support::StartedProgram> Watch(
+      const std::vector<std::string>& args) {
+    std::vector<std::string> argv = {PROPERTIES_PROPCTL, "watch", "--once"};
+    argv.insert(argv.end(), args.begin(), args.end());
+    std::unique_ptr<test_support::StartedProgram> watch(
+        new test_support::StartedProgram(argv));
+    EXPECT_TRUE(watch->WaitForError("propctl: watching ", kWaitMs));
+    return watch;
+  }
+};
+
+TEST_F(PropctlWatchTest, PrintsTheChangedEntryOfAFlatFile) {
+  const std::string path = Write("a.properties", "port=1\nlevel=info\n");
+  auto watch = Watch({path});
+  ASSERT_EQ(0, Run({"set", path, "port", "9"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("port=9\n", result.out);
+}
+
+TEST_F(PropctlWatchTest, PrintsSectionAndKeyOfAnIniFileAndGoneEntries) {
+  const std::string path = Write("a.ini", "[s]\nk=1\nold=2\n");
+  auto watch = Watch({path, "s"});
+  // One step: the file renamed into place.
+  Write("next", "[s]\nk=5\n[t]\nk=7\n");
+  ASSERT_EQ(0, ::rename(Path("next").c_str(), path.c_str()));
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("[s]k=5\n[s]old\n", result.out);
+}
+
+TEST_F(PropctlWatchTest, IgnoresEntriesItWasNotAskedFor) {
+  const std::string path = Write("a.properties", "port=1\nlevel=info\n");
+  auto watch = Watch({path, "port"});
+  ASSERT_EQ(0, Run({"set", path, "level", "debug"}).status);
+  ASSERT_EQ(0, Run({"set", path, "port", "2"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("port=2\n", result.out);
+}
+
+TEST_F(PropctlWatchTest, FollowsAFileMadeAfterItStarted) {
+  const std::string path = Path("new.properties");
+  auto watch = Watch({path});
+  ASSERT_EQ(0, Run({"set", path, "k", "v"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ("k=v\n", result.out);
+}
+
+TEST_F(PropctlTest, OnceBelongsToWatch) {
+  const ProgramResult result = Run({"get", "--once", "f", "k"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ(
+      "propctl get: option '--once' belongs to 'watch'; try 'propctl help "
+      "get'\n",
+      result.err);
 }
 
 }  // namespace

@@ -13,12 +13,15 @@
 // "propctl help".
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -34,6 +37,7 @@
 #include "ListProperty.h"
 #include "Properties.h"
 #include "Property.h"
+#include "PropertyDirectoryWatch.h"
 #include "PropertyFileLock.h"
 #include "StringProperty.h"
 #include "propctl/FileCheck.h"
@@ -69,6 +73,7 @@ struct Invocation {
   std::optional<FileFormat> format;   // --flat or --ini, the last one given.
   std::optional<std::string> type;    // --type
   std::optional<std::string> header;  // --header
+  bool once = false;                  // --once
   std::vector<std::string> operands;
 };
 
@@ -112,6 +117,8 @@ const char kToolHelp[] =
     "  check FILE                    report lines the library reads "
     "differently\n"
     "                                from what they seem to say\n"
+    "  watch [--once] FILE [SECTION] [KEY...]\n"
+    "                                print entries as they change\n"
     "  help [COMMAND]                show this help or a command's help\n"
     "\n"
     "Options:\n"
@@ -195,10 +202,28 @@ const char kCheckHelp[] =
     "Exit status: 0 no warnings; 1 warnings; 2 usage error, or FILE cannot\n"
     "be read.\n";
 
+const char kWatchHelp[] =
+    "Usage: propctl watch [--flat | --ini] [--once] FILE [SECTION] [KEY...]\n"
+    "\n"
+    "Prints one line for each entry of FILE that changes, as it changes, as\n"
+    "the library reads the file: KEY=VALUE for a new or changed entry (in an\n"
+    "INI file [SECTION]KEY=VALUE), and KEY alone ([SECTION]KEY) for an entry\n"
+    "that is gone. A missing FILE counts as empty. With SECTION (INI files)\n"
+    "or KEYs, only those entries are watched. Once it watches, it says so on\n"
+    "standard error: \"propctl: watching FILE\". Edits in place, files\n"
+    "renamed into place, deleted and made again are all followed.\n"
+    "\n"
+    "Options:\n"
+    "  --once   exit after the first change it printed\n"
+    "\n"
+    "Exit status: 0 after --once printed a change; 2 usage error, or FILE\n"
+    "cannot be watched. Without --once it runs until it is stopped.\n";
+
 const char kHelpHelp[] =
     "Usage: propctl help [COMMAND]\n"
     "\n"
-    "Shows the help of COMMAND (get, set, list, check, help), or of propctl.\n"
+    "Shows the help of COMMAND (get, set, list, check, watch, help), or of\n"
+    "propctl.\n"
     "\n"
     "Exit status: 0; 2 for an unknown COMMAND.\n";
 
@@ -218,10 +243,13 @@ void TakeOption(const std::vector<std::string>& args, size_t& i,
   auto fail = [&](const std::string& problem) {
     throw UsageError{invocation.command, "option " + Quoted(name) + problem};
   };
-  if (name == "--flat" || name == "--ini" || name == "--help") {
+  if (name == "--flat" || name == "--ini" || name == "--help" ||
+      name == "--once") {
     if (equals != std::string::npos) fail(" takes no argument");
     if (name == "--help") {
       invocation.help = true;
+    } else if (name == "--once") {
+      invocation.once = true;
     } else {
       invocation.format =
           name == "--ini" ? FileFormat::kIni : FileFormat::kFlat;
@@ -556,6 +584,135 @@ int RunCheck(const Invocation& invocation) {
   return findings.empty() ? kSuccess : kNegative;
 }
 
+// Every entry of a file, by section ("" in flat files) and key.
+typedef std::map<std::pair<std::string, std::string>, std::string> Entries;
+
+// The library's tables, opened to propctl's watch, which shows them whole.
+class FlatEntries : public JavaProperties {
+ public:
+  void CopyTo(Entries& entries) const {
+    for (const auto& entry : m_entries) {
+      entries[{std::string(), entry.first}] = entry.second;
+    }
+  }
+};
+class IniEntries : public IniProperties {
+ public:
+  void CopyTo(Entries& entries) const {
+    for (const auto& section : m_sections) {
+      for (const auto& entry : section.second) {
+        entries[{section.first, entry.first}] = entry.second;
+      }
+    }
+  }
+};
+
+// What watch looks at: FILE, and the SECTION and KEYs it is narrowed to.
+struct WatchTarget {
+  std::string path;
+  FileFormat format = FileFormat::kFlat;
+  std::optional<std::string> section;
+  std::vector<std::string> keys;
+
+  bool Wants(const std::pair<std::string, std::string>& entry) const {
+    if (section && entry.first != *section) return false;
+    return keys.empty() ||
+           std::find(keys.begin(), keys.end(), entry.second) != keys.end();
+  }
+};
+
+// The entries of the file that target wants; none if there is no file.
+Entries ReadWatchedEntries(const WatchTarget& target) {
+  Entries entries;
+  struct stat status;
+  if (::stat(target.path.c_str(), &status) != 0 && errno == ENOENT) {
+    return entries;
+  }
+  std::istringstream in(ReadPropertyFile(target.path));
+  Entries all;
+  if (target.format == FileFormat::kIni) {
+    IniEntries table;
+    table.Load(in);
+    table.CopyTo(all);
+  } else {
+    FlatEntries table;
+    table.Load(in);
+    table.CopyTo(all);
+  }
+  for (const auto& entry : all) {
+    if (target.Wants(entry.first)) entries.insert(entry);
+  }
+  return entries;
+}
+
+// Prints a line for each entry that differs between before and after;
+// returns true if it printed one.
+bool PrintChanges(const Entries& before, const Entries& after,
+                  FileFormat format) {
+  std::map<std::pair<std::string, std::string>, const std::string*> changed;
+  for (const auto& entry : after) {
+    auto old = before.find(entry.first);
+    if (old == before.end() || old->second != entry.second) {
+      changed[entry.first] = &entry.second;
+    }
+  }
+  for (const auto& entry : before) {
+    if (after.count(entry.first) == 0) changed[entry.first] = nullptr;
+  }
+  for (const auto& entry : changed) {
+    if (format == FileFormat::kIni) {
+      std::cout << '[' << entry.first.first << ']';
+    }
+    std::cout << entry.first.second;
+    if (entry.second != nullptr) std::cout << '=' << *entry.second;
+    std::cout << '\n';
+  }
+  std::cout.flush();
+  return !changed.empty();
+}
+
+int RunWatch(const Invocation& invocation) {
+  const std::vector<std::string>& operands = invocation.operands;
+  if (operands.empty()) throw UsageError{invocation.command, "missing FILE"};
+  if (operands[0].empty())
+    throw UsageError{invocation.command, "FILE is empty"};
+  WatchTarget target;
+  target.path = operands[0];
+  target.format = FormatOf(invocation, target.path);
+  size_t next = 1;
+  if (target.format == FileFormat::kIni && next < operands.size()) {
+    target.section = operands[next++];
+  }
+  target.keys.assign(operands.begin() + static_cast<long>(next),
+                     operands.end());
+
+  PropertyDirectoryWatch watch;
+  watch.Follow({target.path});
+  if (watch.Fd() < 0) throw Failure{target.path + ": cannot be watched"};
+  Entries seen = ReadWatchedEntries(target);
+  std::cerr << "propctl: watching " << target.path << std::endl;
+  for (;;) {
+    struct pollfd ready = {watch.Fd(), POLLIN, 0};
+    if (::poll(&ready, 1, -1) < 0) {
+      if (errno == EINTR) continue;
+      throw Failure{SystemError(target.path)};
+    }
+    if (!watch.TakeNotices()) continue;
+    watch.Follow({target.path});  // A symbolic link may name another file.
+    Entries now;
+    try {
+      now = ReadWatchedEntries(target);
+    } catch (const Failure& failure) {
+      // A file that cannot be read for now is watched on.
+      std::cerr << "propctl: " << failure.message << '\n';
+      continue;
+    }
+    const bool printed = PrintChanges(seen, now, target.format);
+    seen = now;
+    if (printed && invocation.once) return kSuccess;
+  }
+}
+
 int RunHelp(const Invocation& invocation);
 
 struct Command {
@@ -565,9 +722,9 @@ struct Command {
 };
 
 const Command kCommands[] = {
-    {"get", RunGet, kGetHelp},    {"set", RunSet, kSetHelp},
-    {"list", RunList, kListHelp}, {"check", RunCheck, kCheckHelp},
-    {"help", RunHelp, kHelpHelp},
+    {"get", RunGet, kGetHelp},       {"set", RunSet, kSetHelp},
+    {"list", RunList, kListHelp},    {"check", RunCheck, kCheckHelp},
+    {"watch", RunWatch, kWatchHelp}, {"help", RunHelp, kHelpHelp},
 };
 
 // The command named name, or null.
@@ -592,8 +749,11 @@ int RunHelp(const Invocation& invocation) {
   return kSuccess;
 }
 
-// --type and --header belong to set only.
+// --type and --header belong to set only, --once to watch.
 void RequireOwnOptions(const Invocation& invocation) {
+  if (invocation.once && invocation.command != "watch") {
+    throw UsageError{invocation.command, "option '--once' belongs to 'watch'"};
+  }
   if (invocation.command == "set" || (!invocation.type && !invocation.header)) {
     return;
   }

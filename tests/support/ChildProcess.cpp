@@ -4,11 +4,13 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 
 extern char** environ;
@@ -43,13 +45,30 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// Reads both pipes until both are at their end.
-void Drain(int outFd, int errFd, std::string* out, std::string* err) {
+// Reads both pipes of the program pid until both are at their end. If that
+// takes longer than timeoutMs (unless it is negative), kills the program:
+// its pipes end then.
+void Drain(int outFd, int errFd, std::string* out, std::string* err, pid_t pid,
+           int timeoutMs) {
+  const auto deadline =
+      std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
   struct pollfd fds[2] = {{outFd, POLLIN, 0}, {errFd, POLLIN, 0}};
   std::string* sinks[2] = {out, err};
   int open = 2;
   while (open > 0) {
-    if (::poll(fds, 2, -1) < 0) continue;  // Interrupted: try again.
+    int wait = -1;
+    if (timeoutMs >= 0) {
+      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+          deadline - std::chrono::steady_clock::now());
+      wait = left.count() > 0 ? static_cast<int>(left.count()) : 0;
+    }
+    const int ready = ::poll(fds, 2, wait);
+    if (ready < 0) continue;  // Interrupted: try again.
+    if (ready == 0) {
+      ::kill(pid, SIGKILL);
+      timeoutMs = -1;
+      continue;
+    }
     for (int i = 0; i < 2; ++i) {
       if (fds[i].fd < 0 || fds[i].revents == 0) continue;
       char buffer[4096];
@@ -64,18 +83,17 @@ void Drain(int outFd, int errFd, std::string* out, std::string* err) {
   }
 }
 
-}  // namespace
-
-ProgramResult RunProgram(const std::vector<std::string>& argv,
-                         const std::vector<std::string>& environment) {
-  ProgramResult result;
+// Starts argv with its standard output and error on new pipes, whose read
+// ends go to *out and *err. Returns the process id, or -1.
+pid_t Spawn(const std::vector<std::string>& argv,
+            const std::vector<std::string>& environment, int* out, int* err) {
   int outPipe[2];
   int errPipe[2];
-  if (::pipe2(outPipe, O_CLOEXEC) != 0) return result;
+  if (::pipe2(outPipe, O_CLOEXEC) != 0) return -1;
   if (::pipe2(errPipe, O_CLOEXEC) != 0) {
     ::close(outPipe[0]);
     ::close(outPipe[1]);
-    return result;
+    return -1;
   }
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
@@ -90,16 +108,68 @@ ProgramResult RunProgram(const std::vector<std::string>& argv,
   posix_spawn_file_actions_destroy(&actions);
   ::close(outPipe[1]);
   ::close(errPipe[1]);
-  if (spawned == 0) Drain(outPipe[0], errPipe[0], &result.out, &result.err);
-  ::close(outPipe[0]);
-  ::close(errPipe[0]);
-  if (spawned != 0) return result;
+  if (spawned != 0) {
+    ::close(outPipe[0]);
+    ::close(errPipe[0]);
+    return -1;
+  }
+  *out = outPipe[0];
+  *err = errPipe[0];
+  return pid;
+}
+
+// The exit status as ProgramResult has it.
+int StatusOf(pid_t pid) {
   int status = 0;
   while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
   }
-  if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
-  if (WIFSIGNALED(status)) result.status = 128 + WTERMSIG(status);
+  if (WIFSIGNALED(status)) return 128 + WTERMSIG(status);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace
+
+ProgramResult RunProgram(const std::vector<std::string>& argv,
+                         const std::vector<std::string>& environment) {
+  ProgramResult result;
+  int out = -1;
+  int err = -1;
+  const pid_t pid = Spawn(argv, environment, &out, &err);
+  if (pid < 0) return result;
+  Drain(out, err, &result.out, &result.err, pid, -1);
+  ::close(out);
+  ::close(err);
+  result.status = StatusOf(pid);
   return result;
+}
+
+StartedProgram::StartedProgram(const std::vector<std::string>& argv) {
+  m_pid = Spawn(argv, {}, &m_out, &m_err);
+}
+
+StartedProgram::~StartedProgram() { Finish(0); }
+
+bool StartedProgram::WaitForError(const std::string& text, int timeoutMs) {
+  if (m_pid <= 0) return false;
+  while (m_result.err.find(text) == std::string::npos) {
+    struct pollfd ready = {m_err, POLLIN, 0};
+    if (::poll(&ready, 1, timeoutMs) != 1) return false;
+    char buffer[4096];
+    const ssize_t got = ::read(m_err, buffer, sizeof buffer);
+    if (got <= 0) return false;
+    m_result.err.append(buffer, static_cast<size_t>(got));
+  }
+  return true;
+}
+
+ProgramResult StartedProgram::Finish(int timeoutMs) {
+  if (m_pid <= 0) return m_result;
+  Drain(m_out, m_err, &m_result.out, &m_result.err, m_pid, timeoutMs);
+  ::close(m_out);
+  ::close(m_err);
+  m_result.status = StatusOf(m_pid);
+  m_pid = -1;
+  return m_result;
 }
 
 std::string FindInPath(const std::string& name) {

@@ -5,6 +5,8 @@
 #ifndef TESTS_SUPPORT_CHILDPROCESS_H_
 #define TESTS_SUPPORT_CHILDPROCESS_H_
 
+#include <sys/types.h>
+
 #include <string>
 #include <vector>
 
@@ -24,6 +26,34 @@ struct ProgramResult {
 // the program to end.
 ProgramResult RunProgram(const std::vector<std::string>& argv,
                          const std::vector<std::string>& environment = {});
+
+// A program started to run beside the test, for programs that run until
+// something happens (propctl watch): the test waits for a sign on its
+// standard error, acts, and then collects its end.
+class StartedProgram {
+ public:
+  // Starts argv as RunProgram does. Started() tells whether it ran.
+  explicit StartedProgram(const std::vector<std::string>& argv);
+  // Kills the program if it still runs, and waits for it.
+  ~StartedProgram();
+
+  bool Started() const { return m_pid > 0; }
+  // Reads its standard error until text stands in it; false if the program
+  // ends, or text does not come, within timeoutMs.
+  bool WaitForError(const std::string& text, int timeoutMs);
+  // Waits at most timeoutMs for the program to end (then kills it) and
+  // returns all it printed and its status.
+  ProgramResult Finish(int timeoutMs);
+
+  StartedProgram(const StartedProgram&) = delete;
+  StartedProgram& operator=(const StartedProgram&) = delete;
+
+ private:
+  pid_t m_pid = -1;
+  int m_out = -1;
+  int m_err = -1;
+  ProgramResult m_result;
+};
 
 // The full path of the program name found in PATH, or "" if there is none.
 std::string FindInPath(const std::string& name);
