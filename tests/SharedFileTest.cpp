@@ -152,6 +152,28 @@ TYPED_TEST(SharedFileTest, ParallelPropctlSetsAllLandBesideAWritingProgram) {
   }
 }
 
+TYPED_TEST(SharedFileTest, TwoManagersOfOneProcessLoseNoUpdate) {
+  typedef typename TypeParam::Manager Manager;
+  this->WriteKeepFile();
+  const int kSets = 200;
+  std::vector<std::thread> threads;
+  for (const std::string key : {"w0", "w1"}) {
+    threads.emplace_back([this, key] {
+      Manager manager("shared-" + key, TypeParam::LibraryFactory());
+      manager.RegisterPersistence(this->m_path, "");
+      TypeParam::Register(&manager, "PROPERTY_TYPE_INTEGER", key, "0");
+      for (int i = 1; i <= kSets; ++i) {
+        TypeParam::Set(&manager, key, std::to_string(i));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  const std::string text = ReadFile(this->m_path);
+  EXPECT_NE(std::string::npos, text.find(this->Entry("keep", "1"))) << text;
+  EXPECT_NE(std::string::npos, text.find(this->Entry("w0", "200"))) << text;
+  EXPECT_NE(std::string::npos, text.find(this->Entry("w1", "200"))) << text;
+}
+
 TYPED_TEST(SharedFileTest, KilledLockHolderDoesNotBlockOthers) {
   this->WriteKeepFile();
   LockHolder holder(this->m_path);

@@ -139,6 +139,9 @@ struct Flat {
   }
 
   // The manager.
+  static Factory* LibraryFactory() {
+    return Properties::GetInstance()->GetJavaPropertyFactory();
+  }
   static Property* Register(Manager* manager, const std::string& type,
                             const std::string& key,
                             const std::string& initial) {
@@ -253,6 +256,9 @@ struct Ini {
     return ICreateStringProperty(key, value, kSection);
   }
 
+  static Factory* LibraryFactory() {
+    return Properties::GetInstance()->GetIniPropertyFactory();
+  }
   static Property* Register(Manager* manager, const std::string& type,
                             const std::string& key,
                             const std::string& initial) {
