@@ -64,11 +64,12 @@ void LockForWriting(const propstring& path, PropertyFileLock& lock) {
                      O_RDONLY | O_CREAT | O_EXCL)) {
       return;
     }
-    if (errno != EEXIST) return;  // Made by another writer meanwhile: again.
+    // EEXIST: another writer made it meanwhile; lock that one.
+    if (errno != EEXIST) return;
   }
 }
 
-// True if the file lock holds still has the contents seen.
+// True if the file that lock holds still has the contents seen.
 bool Unchanged(const PropertyFile::Contents& seen, PropertyFileLock& lock) {
   if (lock.Created()) return seen.state == PropertyFile::Contents::kAbsent;
   if (seen.state != PropertyFile::Contents::kBytes) return false;
