@@ -9,13 +9,9 @@
 
 #include <cerrno>
 
-namespace {
+#include "PropertyFile.h"
 
-propstring DirectoryOf(const propstring& path) {
-  const size_t slash = path.rfind('/');
-  if (slash == propstring::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
+namespace {
 
 propstring NameOf(const propstring& path) {
   const size_t slash = path.rfind('/');
@@ -68,6 +64,7 @@ bool PropertyDirectoryWatch::TakeNotices() {
 
 void PropertyDirectoryWatch::Watch(const propstring& path) {
   if (m_fd < 0) return;
-  const int wd = ::inotify_add_watch(m_fd, DirectoryOf(path).c_str(), kEvents);
+  const int wd = ::inotify_add_watch(
+      m_fd, PropertyFile::DirectoryOf(path).c_str(), kEvents);
   if (wd >= 0) m_names[wd].insert(NameOf(path));
 }

@@ -92,13 +92,6 @@ propstring ResolveTarget(const propstring& path) {
   return resolved;
 }
 
-propstring DirectoryOf(const propstring& path) {
-  const size_t slash = path.rfind('/');
-  if (slash == propstring::npos) return ".";
-  if (slash == 0) return "/";
-  return path.substr(0, slash);
-}
-
 // The process umask, read without changing it (umask() would, for a moment,
 // for every thread).
 mode_t CurrentUmask() {
@@ -242,6 +235,12 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
     seen->bytes.assign(buffer.Data(), buffer.Size());
   }
   return kReadWhole;
+}
+
+propstring PropertyFile::DirectoryOf(const propstring& path) {
+  const size_t slash = path.rfind('/');
+  if (slash == propstring::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 bool PropertyFile::OpenForLines(const propstring& path, std::ifstream& in) {

@@ -93,6 +93,8 @@ class PropertyFile {
   // Opens the file at path as a text input stream, for reading line by
   // line. Returns false if it cannot be opened.
   static bool OpenForLines(const propstring& path, std::ifstream& in);
+  // The directory that holds path: "." for a bare name, "/" for the root.
+  static propstring DirectoryOf(const propstring& path);
 
  private:
   // ReplaceAtomically() or ReplaceInPlace(), as this build writes.

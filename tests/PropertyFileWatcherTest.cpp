@@ -37,16 +37,10 @@ class PropertyFileWatcherTest : public testing::Test {
 
   PropertyFileWatcherTest()
       : m_path(m_dir.File(std::string("watched") + F::kExtension)),
-        m_manager(new Manager("watched", Factory())) {
+        m_manager(new Manager("watched", F::LibraryFactory())) {
     m_manager->AddChangeListener(&m_listener);
   }
 
-  static typename F::Factory* Factory() {
-    Properties* library = Properties::GetInstance();
-    return reinterpret_cast<typename F::Factory*>(
-        F::kSectioned ? static_cast<void*>(library->GetIniPropertyFactory())
-                      : static_cast<void*>(library->GetJavaPropertyFactory()));
-  }
   std::string Text(const std::string& entries) const {
     return F::Written("", entries);
   }

@@ -38,6 +38,7 @@
 #include "Properties.h"
 #include "Property.h"
 #include "PropertyDirectoryWatch.h"
+#include "PropertyFile.h"
 #include "PropertyFileLock.h"
 #include "StringProperty.h"
 #include "propctl/FileCheck.h"
@@ -373,12 +374,6 @@ std::string ReadPropertyFile(const std::string& path) {
   return text;
 }
 
-std::string DirectoryOf(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 // Throws Failure unless the library can read path (if it exists) and write
 // it. A binding writes only the bound entries over a file it could not read,
 // and reports nothing when a write fails, so both are checked first.
@@ -389,7 +384,8 @@ void RequireBindable(const std::string& path) {
     if (::access(path.c_str(), W_OK) != 0) throw Failure{SystemError(path)};
   } else if (errno != ENOENT) {
     throw Failure{SystemError(path)};
-  } else if (::access(DirectoryOf(path).c_str(), W_OK | X_OK) != 0) {
+  } else if (::access(PropertyFile::DirectoryOf(path).c_str(), W_OK | X_OK) !=
+             0) {
     throw Failure{SystemError(path)};
   }
 }
