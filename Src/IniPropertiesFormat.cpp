@@ -111,3 +111,30 @@ void IniPropertiesFormat::Put(IniProperties& store, Property& property) {
   const propstring key = property.GetKey();
   store.SetProperty(section, key, property.GetValue());
 }
+
+propstring IniPropertiesFormat::Unreadable(const propstring& section,
+                                           const propstring& key,
+                                           const propstring& value) {
+  // Entries under a header without a name are read and dropped.
+  if (section.empty()) return "the section is empty";
+  // Between its brackets a section name keeps its blanks and quotes.
+  if (const char* why = PropertyTextWriter::FieldTrouble(section, ';', true)) {
+    return propstring("the section ") + why;
+  }
+  if (PropertyTextWriter::TooLong(section.size() + 2)) {
+    return "its section line would be 512 characters or longer";
+  }
+  if (const char* why = PropertyTextWriter::FieldTrouble(key, ';', false)) {
+    return propstring("the key ") + why;
+  }
+  if (key.find('=') != propstring::npos) return "the key holds '='";
+  // A line that starts with '[' is a section header.
+  if (!key.empty() && key[0] == '[') return "the key starts with '['";
+  if (const char* why = PropertyTextWriter::FieldTrouble(value, ';', false)) {
+    return propstring("the value ") + why;
+  }
+  if (PropertyTextWriter::TooLong(key.size() + 1 + value.size())) {
+    return "its line would be 512 characters or longer";
+  }
+  return propstring();
+}

@@ -24,6 +24,8 @@
 
 class IniPropertiesFormat {
  public:
+  // Whether a property's section is part of where it is kept.
+  static const bool kSectioned = true;
   typedef IniProperties Store;
 
   // Takes the lines of one read into a store, section by section.
@@ -58,6 +60,12 @@ class IniPropertiesFormat {
                    propstring& value);
   // Puts the current value of property into store, under its section.
   static void Put(IniProperties& store, Property& property);
+
+  // Why the entry of key and value would not be read back from a file of
+  // this format exactly as given, as "the <part> <reason>" (or "its line
+  // ..."), or "" if it would. section is the section it is written under.
+  static propstring Unreadable(const propstring& section, const propstring& key,
+                               const propstring& value);
 };
 
 #endif  // SRC_INIPROPERTIESFORMAT_H_

@@ -7,6 +7,7 @@
 
 #include "IniPropertiesFormat.h"
 #include "PropertyFileBinding.h"
+#include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
 
 namespace {
@@ -19,7 +20,9 @@ IniPropertiesPersistence::IniPropertiesPersistence(const propstring& filePath,
                                                    const propstring& header)
     : m_filePath(filePath), m_header(header) {}
 
-IniPropertiesPersistence::~IniPropertiesPersistence() {}
+IniPropertiesPersistence::~IniPropertiesPersistence() {
+  PropertyFileTroubles::Forget(&m_boundProperties);
+}
 
 propstring IniPropertiesPersistence::GetFilePath() const { return m_filePath; }
 

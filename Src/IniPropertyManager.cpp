@@ -2,6 +2,7 @@
 
 #include "IniPropertyManager.h"
 
+#include "IniPropertiesFormat.h"
 #include "PropertyManagerOperations.h"
 #include "PropertyMessages.h"
 
@@ -43,7 +44,7 @@ Property* IniPropertyManager::RegisterProperty(const propstring& type,
                                                const propstring& key,
                                                const propstring& initial) {
   IniPropertyFactory* factory = m_propertyFactory;
-  return Operations::Register(
+  return Operations::Register<IniPropertiesFormat>(
       *this, &section, key, factory != nullptr,
       PropertyMessages::kIniManagerRegisterProperty,
       [&] { return factory->CreateProperty(type, section, key, initial); });
@@ -59,7 +60,8 @@ Property* IniPropertyManager::UnregisterProperty(const propstring& section,
 void IniPropertyManager::SetValue(const propstring& section,
                                   const propstring& key,
                                   const propstring& value) {
-  Operations::SetValue(*this, GetProperty(section, key), key, value);
+  Operations::SetValue<IniPropertiesFormat>(*this, GetProperty(section, key),
+                                            key, value);
 }
 
 propstring IniPropertyManager::GetValue(const propstring& section,

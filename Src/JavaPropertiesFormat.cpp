@@ -38,3 +38,19 @@ bool JavaPropertiesFormat::Find(const JavaProperties& store, Property& property,
 void JavaPropertiesFormat::Put(JavaProperties& store, Property& property) {
   store.SetProperty(property.GetKey(), property.GetValue());
 }
+
+propstring JavaPropertiesFormat::Unreadable(const propstring&,
+                                            const propstring& key,
+                                            const propstring& value) {
+  if (const char* why = PropertyTextWriter::FieldTrouble(key, '#', false)) {
+    return propstring("the key ") + why;
+  }
+  if (key.find('=') != propstring::npos) return "the key holds '='";
+  if (const char* why = PropertyTextWriter::FieldTrouble(value, '#', false)) {
+    return propstring("the value ") + why;
+  }
+  if (PropertyTextWriter::TooLong(key.size() + 1 + value.size())) {
+    return "its line would be 512 characters or longer";
+  }
+  return propstring();
+}

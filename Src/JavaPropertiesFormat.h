@@ -21,6 +21,8 @@
 
 class JavaPropertiesFormat {
  public:
+  // Whether a property's section is part of where it is kept.
+  static const bool kSectioned = false;
   typedef JavaProperties Store;
 
   // Takes the lines of one read into a table (merging: existing keys are
@@ -46,6 +48,12 @@ class JavaPropertiesFormat {
                    propstring& value);
   // Puts the current value of property into store.
   static void Put(JavaProperties& store, Property& property);
+
+  // Why the entry of key and value would not be read back from a file of
+  // this format exactly as given, as "the <part> <reason>" (or "its line
+  // ..."), or "" if it would. section is not used: the format has none.
+  static propstring Unreadable(const propstring& section, const propstring& key,
+                               const propstring& value);
 };
 
 #endif  // SRC_JAVAPROPERTIESFORMAT_H_

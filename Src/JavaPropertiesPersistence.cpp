@@ -7,6 +7,7 @@
 
 #include "JavaPropertiesFormat.h"
 #include "PropertyFileBinding.h"
+#include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
 
 namespace {
@@ -19,7 +20,9 @@ JavaPropertiesPersistence::JavaPropertiesPersistence(const propstring& filePath,
                                                      const propstring& header)
     : m_filePath(filePath), m_header(header) {}
 
-JavaPropertiesPersistence::~JavaPropertiesPersistence() {}
+JavaPropertiesPersistence::~JavaPropertiesPersistence() {
+  PropertyFileTroubles::Forget(&m_boundProperties);
+}
 
 propstring JavaPropertiesPersistence::GetFilePath() const { return m_filePath; }
 

@@ -2,6 +2,7 @@
 
 #include "JavaPropertyManager.h"
 
+#include "JavaPropertiesFormat.h"
 #include "PropertyManagerOperations.h"
 #include "PropertyMessages.h"
 
@@ -41,7 +42,7 @@ Property* JavaPropertyManager::RegisterProperty(const propstring& type,
                                                 const propstring& key,
                                                 const propstring& initial) {
   JavaPropertyFactory* factory = m_propertyFactory;
-  return Operations::Register(
+  return Operations::Register<JavaPropertiesFormat>(
       *this, nullptr, key, factory != nullptr,
       PropertyMessages::kJavaManagerRegisterProperty,
       [&] { return factory->CreateProperty(type, key, initial); });
@@ -55,7 +56,8 @@ Property* JavaPropertyManager::UnregisterProperty(const propstring& key) {
 
 void JavaPropertyManager::SetValue(const propstring& key,
                                    const propstring& value) {
-  Operations::SetValue(*this, GetProperty(key), key, value);
+  Operations::SetValue<JavaPropertiesFormat>(*this, GetProperty(key), key,
+                                             value);
 }
 
 propstring JavaPropertyManager::GetValue(const propstring& key) const {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "PropertyFileLock.h"
+#include "PropertyFileTroubles.h"
 
 namespace {
 
@@ -117,6 +118,11 @@ void CopyModeAndOwner(int fd, const struct stat* replaced) {
   if (::fchown(fd, replaced->st_uid, replaced->st_gid) != 0) return;
 }
 
+// Tells the binding at work that a write failed, with errno's reason.
+void NoteWriteFailure() {
+  PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kWrite, errno);
+}
+
 void SyncDirectory(const propstring& directory) {
   const int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
@@ -174,8 +180,12 @@ PropertyFile::Result PropertyFile::ReplaceInPlace(const propstring& path,
                                                   size_t size) {
   const int fd =
       ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (fd < 0) return kNotOpened;
+  if (fd < 0) {
+    NoteWriteFailure();
+    return kNotOpened;
+  }
   const bool written = WriteAll(fd, text, size);
+  if (!written) NoteWriteFailure();
   // A failing close() is ignored, as closing a written stream always was.
   ::close(fd);
   return written ? kWritten : kWriteFailed;
@@ -201,8 +211,11 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
 
   CopyModeAndOwner(fd, exists ? &info : nullptr);
   const bool written = WriteAll(fd, text, size) && ::fsync(fd) == 0;
+  const int writeErrno = errno;
   const bool closed = ::close(fd) == 0;
+  if (!written) errno = writeErrno;
   if (!written || !closed) {
+    NoteWriteFailure();
     // The target is untouched: a full disk loses nothing.
     ::unlink(temporary.data());
     return kWriteFailed;
@@ -222,6 +235,7 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
   // Shared: readers wait for a rewrite in progress, not for each other.
   PropertyFileLock lock;
   if (!lock.Acquire(path, PropertyFileLock::kShared, O_RDONLY)) {
+    PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kRead, errno);
     if (seen != nullptr && errno == ENOENT) seen->state = Contents::kAbsent;
     return kCannotOpen;
   }

@@ -7,6 +7,7 @@
 #include "IniPropertiesFormat.h"
 #include "JavaPropertiesFormat.h"
 #include "PropertyFile.h"
+#include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyTextReader.h"
@@ -34,6 +35,7 @@ void PropertyFileBinding<Format>::Unbind(Property* property) {
 
 template <typename Format>
 void PropertyFileBinding<Format>::Rewrite() {
+  PropertyFileTroubles::Scope troubles(&m_bound, m_path);
   PropertyFile::Result result;
   // A pass reads, merges and renders with no lock held (a listener or a Log
   // hook may run meanwhile); only the final compare-and-write holds the
@@ -65,6 +67,7 @@ void PropertyFileBinding<Format>::Load(Store& store,
                                        PropertyFile::Contents* seen) {
   // The result of the read is not looked at: a read error has been logged,
   // and what was read before it counts.
+  PropertyFileTroubles::Scope troubles(&m_bound, m_path);
   bool opened = false;
   typename Format::LineParser parser(store);
   PropertyTextReader::ReadFile(m_path, opened, parser, seen);

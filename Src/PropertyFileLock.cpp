@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "PropertyDefaults.h"
+#include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
 
 namespace {
@@ -69,6 +71,8 @@ bool PropertyFileLock::Acquire(const propstring& path, Mode mode, int flags) {
       return true;  // Only regular files are rewritten; nothing to guard.
     }
     if (!Wait(m_fd, mode, deadline)) {
+      PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kLock,
+                                 EWOULDBLOCK);
       PropertyMessages::Write(PropertyMessages::kStayedLocked, path.c_str());
       return true;
     }
@@ -99,12 +103,5 @@ bool PropertyFileLock::Enabled() {
 }
 
 long PropertyFileLock::TimeoutMilliseconds() {
-  static const long timeout = [] {
-    const char* text = std::getenv("LIBPROPERTIES_LOCK_TIMEOUT_MS");
-    if (text == nullptr || *text == '\0') return 10000L;
-    char* end = nullptr;
-    const long value = std::strtol(text, &end, 10);
-    return *end == '\0' && value >= 0 ? value : 10000L;
-  }();
-  return timeout;
+  return PropertyDefaults::LockTimeoutMilliseconds();
 }

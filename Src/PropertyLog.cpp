@@ -2,39 +2,87 @@
 
 #include "PropertyLog.h"
 
+#include <fcntl.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <string>
 
+#include "PropertyDefaults.h"
+#include "PropertyMessages.h"
 #include "PropertyThreadGuard.h"
 
-void PropertyLog::WriteToStderr(int level, const char* format, va_list args) {
-  va_list measure;
-  va_copy(measure, args);
-  const int length = std::vsnprintf(nullptr, 0, format, measure);
-  va_end(measure);
-  std::string line = "libproperties[" + std::to_string(level) + "]: ";
-  const size_t prefix = line.size();
-  line.resize(prefix + static_cast<size_t>(length > 0 ? length : 0) + 1);
-  std::vsnprintf(&line[prefix], line.size() - prefix, format, args);
-  line.back() = '\n';
+namespace {
+
+// Writes all of line to fd; a log line is dropped rather than retried for
+// ever.
+void WriteLine(int fd, const std::string& line) {
+  const char* next = line.data();
+  size_t left = line.size();
+  while (left > 0) {
+    const ssize_t written = ::write(fd, next, left);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;
+    next += written;
+    left -= static_cast<size_t>(written);
+  }
+}
+
+}  // namespace
+
+std::string PropertyLog::Line(int level, const char* format, va_list args) {
+  return "libproperties[" + std::to_string(level) +
+         "]: " + PropertyMessages::FormatList(format, args) + "\n";
+}
+
+void PropertyLog::WriteToStderr(const std::string& line) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-#ifdef PROPERTIES_LOG_STDERR
+void PropertyLog::WriteToSyslog(const std::string& line) {
+  ::syslog(LOG_USER | LOG_INFO, "%.*s", static_cast<int>(line.size() - 1),
+           line.data());
+}
+
+void PropertyLog::WriteToFile(const char* path, const std::string& line) {
+  static const int fd =
+      ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+  if (fd >= 0) WriteLine(fd, line);
+}
 
 void Log(int level, char* format, ...) {
+#ifdef PROPERTIES_LOG_STDERR
+  const PropertyDefaults::LogSink built = PropertyDefaults::kLogToStderr;
+#else
+  const PropertyDefaults::LogSink built = PropertyDefaults::kLogNowhere;
+#endif
+  static const char* path = nullptr;
+  static const PropertyDefaults::LogSink sink =
+      PropertyDefaults::Log(built, &path);
+  // Nowhere to write: the arguments are not read, so that a mismatched
+  // format does no harm, as existing programs expect of a silent library.
+  if (sink == PropertyDefaults::kLogNowhere) return;
+  // Logging must not change what the caller sees in errno.
+  const int savedErrno = errno;
   va_list args;
   va_start(args, format);
-  PropertyLog::WriteToStderr(level, format, args);
+  const std::string line = PropertyLog::Line(level, format, args);
   va_end(args);
+  switch (sink) {
+    case PropertyDefaults::kLogToStderr:
+      PropertyLog::WriteToStderr(line);
+      break;
+    case PropertyDefaults::kLogToSyslog:
+      PropertyLog::WriteToSyslog(line);
+      break;
+    case PropertyDefaults::kLogToFile:
+      PropertyLog::WriteToFile(path, line);
+      break;
+    case PropertyDefaults::kLogNowhere:
+      break;
+  }
+  errno = savedErrno;
 }
-
-#else
-
-void Log(int, char*, ...) {
-  // Deliberately empty: existing programs expect a silent library, and the
-  // arguments are not read, so a mismatched format cannot do harm.
-}
-
-#endif

@@ -8,19 +8,31 @@
 // program runs with.
 //
 // By default Log() discards everything and never reads its arguments. A
-// library built with -DPROPERTIES_LOG=stderr writes each message to
-// standard error as one line: "libproperties[<level>]: <formatted text>".
+// library built with -DPROPERTIES_LOG=stderr, or a process started with
+// LIBPROPERTIES_LOG=stderr, syslog or a file path (see PropertyDefaults.h),
+// writes each message as one line: "libproperties[<level>]: <text>".
 
 #ifndef SRC_PROPERTYLOG_H_
 #define SRC_PROPERTYLOG_H_
 
 #include <cstdarg>
+#include <string>
 
 class PropertyLog {
  public:
-  // Writes "libproperties[<level>]: <format formatted with args>\n" to
-  // standard error in one write, so that lines of several threads never mix.
-  static void WriteToStderr(int level, const char* format, va_list args);
+  // "libproperties[<level>]: <format formatted with args>\n".
+  static std::string Line(int level, const char* format, va_list args);
+
+  // Writes line to standard error in one write, so that lines of several
+  // threads never mix.
+  static void WriteToStderr(const std::string& line);
+  // Sends line, without its line feed, to syslog(3) (facility user,
+  // priority info).
+  static void WriteToSyslog(const std::string& line);
+  // Appends line to the file at path in one write. The file is opened at
+  // the first line (created with mode 0600: messages hold values) and stays
+  // open; if it cannot be opened, lines are dropped.
+  static void WriteToFile(const char* path, const std::string& line);
 };
 
 #endif  // SRC_PROPERTYLOG_H_

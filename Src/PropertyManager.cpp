@@ -8,6 +8,7 @@
 
 #include "PropertyManagerOperations.h"
 #include "PropertyMessages.h"
+#include "PropertySafety.h"
 
 namespace {
 
@@ -56,6 +57,7 @@ PropertyManager::~PropertyManager() {
   m_properties.clear();
   for (PropertyClient* client : m_clients) delete client;
   m_clients.clear();
+  PropertySafety::ForgetManager(this);
   PropertyDeleteMutex(m_mutex);
 }
 

@@ -48,6 +48,7 @@ Property* PropertyManagerOperations::Find(const PropertyManager& manager,
   return nullptr;
 }
 
+template <typename Format>
 void PropertyManagerOperations::SetValue(PropertyManager& manager,
                                          Property* property,
                                          const propstring& key,
@@ -57,6 +58,10 @@ void PropertyManagerOperations::SetValue(PropertyManager& manager,
     return;
   }
   PropertyThreadGuard guard(manager.m_mutex);
+  const propstring section = property->GetSection();
+  PropertyStrictValues::RequireEntry<Format>(
+      manager, Format::kSectioned ? &section : nullptr, property->GetKey(),
+      value);
   try {
     property->SetValue(value);
   } catch (Property::WrongValue& e) {
@@ -65,6 +70,11 @@ void PropertyManagerOperations::SetValue(PropertyManager& manager,
     throw Property::WrongValue(e);
   }
 }
+
+template void PropertyManagerOperations::SetValue<JavaPropertiesFormat>(
+    PropertyManager&, Property*, const propstring&, const propstring&);
+template void PropertyManagerOperations::SetValue<IniPropertiesFormat>(
+    PropertyManager&, Property*, const propstring&, const propstring&);
 
 void PropertyManagerOperations::Reload(PropertyManager& manager) {
   PropertyThreadGuard guard(manager.m_mutex);
@@ -88,15 +98,26 @@ void PropertyManagerOperations::Reload(PropertyManager& manager) {
   }
 }
 
-std::vector<propstring> PropertyManagerOperations::BoundPaths(
-    const PropertyManager& manager) {
-  std::vector<propstring> paths;
+std::vector<PropertyManagerOperations::Binding>
+PropertyManagerOperations::Bindings(PropertyManager& manager) {
+  PropertyThreadGuard guard(manager.m_mutex);
+  std::vector<Binding> bindings;
   for (PropertyClient* client : manager.m_clients) {
+    // The bound list is the binding's own: its address names it.
     if (auto* flat = dynamic_cast<JavaPropertiesPersistence*>(client)) {
-      paths.push_back(flat->m_filePath);
+      bindings.push_back(Binding{&flat->m_boundProperties, flat->m_filePath});
     } else if (auto* ini = dynamic_cast<IniPropertiesPersistence*>(client)) {
-      paths.push_back(ini->m_filePath);
+      bindings.push_back(Binding{&ini->m_boundProperties, ini->m_filePath});
     }
+  }
+  return bindings;
+}
+
+std::vector<propstring> PropertyManagerOperations::BoundPaths(
+    PropertyManager& manager) {
+  std::vector<propstring> paths;
+  for (const Binding& binding : Bindings(manager)) {
+    paths.push_back(binding.path);
   }
   return paths;
 }

@@ -18,6 +18,7 @@
 #include "Property.h"
 #include "PropertyManager.h"
 #include "PropertyMessages.h"
+#include "PropertyStrictValues.h"
 #include "PropertyThreadGuard.h"
 
 class PropertyManagerOperations {
@@ -44,14 +45,20 @@ class PropertyManagerOperations {
   // Sets value on property under the manager's mutex, so that the change
   // notification and any file rewrite happen under it too. A null property
   // is logged as "Property '<key>' was not found". Throws
-  // Property::WrongValue, after logging it, if the property rejects value.
+  // Property::WrongValue, after logging it, if the property rejects value,
+  // or if the manager keeps strict values and a file of Format would not
+  // give value back.
+  template <typename Format>
   static void SetValue(PropertyManager& manager, Property* property,
                        const propstring& key, const propstring& value);
 
   // Returns the property of (section,) key; if there is none, registers the
   // one create() makes, unless that is null. Aborts with assertion
-  // noFactory if a property must be made and haveFactory is false.
-  template <typename Create>
+  // noFactory if a property must be made and haveFactory is false. If the
+  // manager keeps strict values, throws Property::WrongValue, registering
+  // nothing, for a section, key or value a file of Format would not give
+  // back.
+  template <typename Format, typename Create>
   static Property* Register(PropertyManager& manager, const propstring* section,
                             const propstring& key, bool haveFactory,
                             PropertyMessages::Assertion noFactory,
@@ -65,8 +72,17 @@ class PropertyManagerOperations {
     property = Find(manager, section, key);
     if (property != nullptr) return property;
     PropertyMessages::Require(haveFactory, noFactory);
+    PropertyStrictValues::RequireEntry<Format>(manager, section, key,
+                                               propstring());
     property = create();
     if (property == nullptr) return nullptr;
+    try {
+      PropertyStrictValues::RequireProperty<Format>(manager, section,
+                                                    *property);
+    } catch (...) {
+      delete property;  // Nobody has seen it yet.
+      throw;
+    }
     manager.RegisterProperty(property);
     return property;
   }
@@ -76,19 +92,31 @@ class PropertyManagerOperations {
   // file, under the manager's mutex: properties whose stored value text
   // changed get it.
   static void Reload(PropertyManager& manager);
-  // The paths of manager's file bindings, in the order they were made.
-  static std::vector<propstring> BoundPaths(const PropertyManager& manager);
+  // A file binding of a manager: its path, and an address that names it
+  // while it lives (for tables kept beside it).
+  struct Binding {
+    const void* id;
+    propstring path;
+  };
+  // Manager's file bindings, in the order they were made. Takes the
+  // manager's mutex.
+  static std::vector<Binding> Bindings(PropertyManager& manager);
+  // The paths of Bindings(manager).
+  static std::vector<propstring> BoundPaths(PropertyManager& manager);
 
   // Binds the file at path to manager through a new Persistence(path,
   // header), unless index holds path already: as client and registry
   // listener and, if writes, as change listener, in that order. The manager
-  // owns it; it enters index if recorded.
+  // owns it; it enters index if recorded. If writes and the manager keeps
+  // strict values, throws Property::WrongValue, binding nothing, for a
+  // header that would not stay one comment line.
   template <typename Persistence>
   static void Bind(PropertyManager& manager,
                    std::map<propstring, Persistence*>& index,
                    const propstring& path, const propstring& header,
                    bool writes, bool recorded) {
     if (index.count(path) != 0) return;
+    if (writes) PropertyStrictValues::RequireHeader(manager, header);
     Persistence* persistence = new Persistence(path, header);
     manager.RegisterClient(persistence);
     manager.AddRegistryListener(persistence);

@@ -2,6 +2,9 @@
 
 #include "PropertyMessages.h"
 
+#include <cstdarg>
+#include <cstdio>
+
 // The C library's assertion handler. Declared here rather than taken from
 // <assert.h>, which declares it only when NDEBUG is not defined: the
 // library's assertions fire in every build type.
@@ -32,6 +35,12 @@ char PropertyMessages::kCanNotWrite[] = "Can not write File '%s'";
 // Only ever logged when another program holds a file's lock too long.
 char PropertyMessages::kStayedLocked[] =
     "File '%s' stayed locked; going on without the lock";
+char PropertyMessages::kRefused[] =
+    "Property '%s' can not be kept in its file: %s";
+char PropertyMessages::kRefusedInSection[] =
+    "Property '%s' of section '%s' can not be kept in its file: %s";
+char PropertyMessages::kRefusedHeader[] =
+    "Header '%s' can not be kept in the file: %s";
 
 namespace {
 
@@ -110,4 +119,23 @@ const AssertionText kAssertions[PropertyMessages::kAssertionCount] = {
 void PropertyMessages::Fail(Assertion assertion) {
   const AssertionText& text = kAssertions[assertion];
   __assert_fail(text.expression, text.file, text.line, text.function);
+}
+
+propstring PropertyMessages::Format(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  const propstring text = FormatList(format, args);
+  va_end(args);
+  return text;
+}
+
+propstring PropertyMessages::FormatList(const char* format, va_list args) {
+  va_list measure;
+  va_copy(measure, args);
+  const int length = std::vsnprintf(nullptr, 0, format, measure);
+  va_end(measure);
+  propstring text(static_cast<size_t>(length > 0 ? length : 0) + 1, '\0');
+  std::vsnprintf(&text[0], text.size(), format, args);
+  text.resize(text.size() - 1);
+  return text;
 }

@@ -10,6 +10,8 @@
 #ifndef SRC_PROPERTYMESSAGES_H_
 #define SRC_PROPERTYMESSAGES_H_
 
+#include <cstdarg>
+
 #include "PropertyThreadGuard.h"
 
 class PropertyMessages {
@@ -30,12 +32,19 @@ class PropertyMessages {
   static char kCanNotRead[];            // path
   static char kCanNotWrite[];           // path
   static char kStayedLocked[];          // path
+  // Refusals of strict values (PropertySafety), as logged and as thrown.
+  static char kRefused[];           // key, reason
+  static char kRefusedInSection[];  // key, section, reason
+  static char kRefusedHeader[];     // header, reason
 
   // Logs one message at the level the library uses for all of them (1).
   template <typename... Args>
   static void Write(char* format, Args... args) {
     Log(1, format, args...);
   }
+  // The text of format with args, as a logging Log() prints it.
+  static propstring Format(const char* format, ...);
+  static propstring FormatList(const char* format, va_list args);
 
   // The library's assertions, by the operation that checks them.
   enum Assertion {

@@ -2,22 +2,20 @@
 
 #include "PropertyTextReader.h"
 
+#include <cerrno>
 #include <cstring>
 #include <tuple>
 #include <utility>
 
+#include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
 
-namespace {
-
-// The blanks of the C locale's isspace(), whatever the process locale is, so
-// that a file reads the same in every program.
-bool IsBlank(char c) {
+bool PropertyTextReader::IsBlank(char c) {
+  // The C locale's isspace(), whatever the process locale is, so that a
+  // file reads the same in every program.
   return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' ||
          c == '\r';
 }
-
-}  // namespace
 
 char* PropertyTextReader::CutComment(char* line, char* end, char mark) {
   char* comment = static_cast<char*>(
@@ -97,24 +95,46 @@ bool PropertyTextReader::ReadForParsing(const propstring& path,
       PropertyFile::ReadWhole(path, text, seen);
   opened = read != PropertyFile::kCannotOpen;
   return read == PropertyFile::kReadWhole &&
-         !HasOverlongLine(text.Data(), text.Size());
+         (PropertySafety::LongLines() ||
+          !HasOverlongLine(text.Data(), text.Size()));
 }
 
-bool PropertyTextReader::ReadLine(std::istream& in, char* buffer,
-                                  int lineNumber) {
+char* PropertyTextReader::ReadLine(std::istream& in, char* buffer,
+                                   bool longLines, std::string& longer,
+                                   int lineNumber, bool& ok) {
   in.getline(buffer, kLineBufferSize, in.widen('\n'));
-  bool ok = true;
+  std::streamsize consumed = in.gcount();
+  char* line = buffer;
+  // A full buffer with more of the line to come: the read failed without
+  // reaching the end, which is where the 511-character reader stops.
+  if (longLines && in.rdstate() == std::ios::failbit &&
+      consumed == kLineBufferSize - 1) {
+    longer.assign(buffer, static_cast<size_t>(consumed));
+    do {
+      in.clear();
+      in.getline(buffer, kLineBufferSize, in.widen('\n'));
+      consumed += in.gcount();
+      // The line feed, if this read reached it, is counted but not stored.
+      longer.append(buffer, static_cast<size_t>(in.gcount()) -
+                                (in.rdstate() == std::ios::goodbit ? 1 : 0));
+    } while (in.rdstate() == std::ios::failbit &&
+             in.gcount() == kLineBufferSize - 1);
+    line = &longer[0];
+  }
   if (in.bad()) {
+    // A stream keeps no reason; an input/output error is the likely one.
+    PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kRead, EIO);
     PropertyMessages::Write(PropertyMessages::kErrorReading, lineNumber);
     ok = false;
   }
   // gcount() counts the consumed line feed too, so this fires exactly for a
-  // line of 511 characters, which is still stored whole. Kept as it always
-  // was: existing tools look for this message.
-  if (in.gcount() > kLineBufferSize - 1) {
+  // line of 511 characters, which is still stored whole (or for a longer
+  // one, read whole on demand). Kept as it always was: existing tools look
+  // for this message.
+  if (consumed > kLineBufferSize - 1) {
     PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
   }
-  return ok;
+  return line;
 }
 
 char* PropertyTextReader::TakeLine(char*& cursor, char* end, int lineNumber,
@@ -123,12 +143,14 @@ char* PropertyTextReader::TakeLine(char*& cursor, char* end, int lineNumber,
   char* feed = static_cast<char*>(
       std::memchr(line, '\n', static_cast<size_t>(end - line)));
   more = feed != nullptr;
+  // What the stream reader consumes: the line and its line feed, if any.
+  const ptrdiff_t consumed = more ? feed + 1 - line : end - line;
+  if (consumed > kLineBufferSize - 1) {
+    PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
+  }
   if (!more) {
     *end = '\0';
     return line;
-  }
-  if (feed - line == kLineBufferSize - 1) {
-    PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
   }
   *feed = '\0';
   cursor = feed + 1;

@@ -1,6 +1,7 @@
 // PropertyTextReader.h - what reading a property file means for both
-// formats: lines of at most 511 characters, cut at line feeds, fields cleaned
-// of blanks and quotes, and the choice between parsing a whole file in memory
+// formats: lines of at most 511 characters (of any length when
+// PropertySafety::LongLines() is on), cut at line feeds, fields cleaned of
+// blanks and quotes, and the choice between parsing a whole file in memory
 // and reading it line by line. Internal to the library: not installed.
 //
 // A format supplies a line parser with two members:
@@ -20,8 +21,10 @@
 #include <fstream>
 #include <istream>
 #include <map>
+#include <string>
 
 #include "PropertyFile.h"
+#include "PropertySafety.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyThreadGuard.h"
 
@@ -32,17 +35,20 @@ class PropertyTextReader {
   typedef std::map<propstring, propstring> Table;
 
   // Feeds parser the lines of in until its end or a read error. Returns
-  // false if in was not good at entry or a read error occurred. Never
-  // returns if a line holds 512 or more characters: the line read then
-  // fails without reaching the end, and the loop reads empty lines for ever;
-  // kept as it always was, files rely on the 511-character limit.
+  // false if in was not good at entry or a read error occurred. Unless long
+  // lines are on, never returns if a line holds 512 or more characters: the
+  // line read then fails without reaching the end, and the loop reads empty
+  // lines for ever; kept as it always was, files rely on the 511-character
+  // limit.
   template <typename Parser>
   static bool ReadStream(std::istream& in, Parser& parser) {
     bool result = in.rdstate() == std::ios::goodbit;
+    const bool longLines = PropertySafety::LongLines();
     char buffer[kLineBufferSize];
+    std::string longer;
     for (int lineNumber = 1; !in.eof() && result; ++lineNumber) {
-      result = ReadLine(in, buffer, lineNumber);
-      parser.Line(buffer, buffer + std::strlen(buffer), lineNumber);
+      char* line = ReadLine(in, buffer, longLines, longer, lineNumber, result);
+      parser.Line(line, line + std::strlen(line), lineNumber);
     }
     parser.Finish();
     return result;
@@ -71,7 +77,7 @@ class PropertyTextReader {
 
   // Feeds parser text[0, size) line by line as ReadStream() would; text is
   // changed and text[size] must be writable. REQUIRES: no line is longer
-  // than 511 characters.
+  // than 511 characters, unless long lines are on.
   template <typename Parser>
   static void ParseText(char* text, size_t size, Parser& parser) {
     char* const end = text + size;
@@ -104,6 +110,9 @@ class PropertyTextReader {
   // Extract() on the field [begin, end) without writing to it: returns the
   // start of the cleaned field and moves end to its end.
   static char* ExtractField(char* begin, char*& end);
+  // True if c is a blank: space, tab, line feed, vertical tab, form feed or
+  // carriage return.
+  static bool IsBlank(char c);
   // The first byte of [begin, end) that is not a blank, or end.
   static char* SkipBlanks(char* begin, char* end);
 
@@ -116,11 +125,14 @@ class PropertyTextReader {
   static bool ReadForParsing(const propstring& path, PropertyTextBuffer& text,
                              bool& opened, PropertyFile::Contents* seen);
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
-  // (NUL-terminated) and logs a read error or an over-long line under
-  // lineNumber. Returns false after a read error (the line is still valid).
-  static bool ReadLine(std::istream& in, char* buffer, int lineNumber);
-  // Cuts the next line out of [cursor, end) in place and logs it if it is
-  // 511 characters long with a line feed after it (as the stream reader
+  // or, if longLines and the line is longer, the whole line into longer,
+  // and returns it (NUL-terminated). Logs a read error or an over-long line
+  // under lineNumber; sets ok to false after a read error (the line is
+  // still valid).
+  static char* ReadLine(std::istream& in, char* buffer, bool longLines,
+                        std::string& longer, int lineNumber, bool& ok);
+  // Cuts the next line out of [cursor, end) in place and logs it if it
+  // holds more than 511 characters with its line feed (as the stream reader
   // does). Sets more to false at the last line, which ends at end.
   static char* TakeLine(char*& cursor, char* end, int lineNumber, bool& more);
   // The end of the line that TakeLine() just returned, as the stream reader

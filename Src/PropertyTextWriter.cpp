@@ -2,6 +2,8 @@
 
 #include "PropertyTextWriter.h"
 
+#include "PropertyTextReader.h"
+
 void PropertyTextWriter::AppendHeader(char mark, const propstring& header,
                                       PropertyTextBuffer& text) {
   if (header.empty()) return;
@@ -38,4 +40,28 @@ void PropertyTextWriter::WriteLine(std::ostream& out, const propstring& text) {
   out.write(text.data(), static_cast<std::streamsize>(text.size()));
   out.put('\n');
   out.flush();
+}
+
+const char* PropertyTextWriter::FieldTrouble(const propstring& field, char mark,
+                                             bool keepsEdges) {
+  if (field.find_first_of("\n\r") != propstring::npos) {
+    // A carriage return alone reads back here, but other programs take it
+    // for a line end.
+    return "holds a line break";
+  }
+  if (field.find('\0') != propstring::npos) return "holds a NUL byte";
+  if (field.find(mark) != propstring::npos) {
+    return mark == '#' ? "holds '#'" : "holds ';'";
+  }
+  if (keepsEdges || field.empty()) return nullptr;
+  if (PropertyTextReader::IsBlank(field[0]) ||
+      PropertyTextReader::IsBlank(field[field.size() - 1])) {
+    return "starts or ends with a blank";
+  }
+  if (field[0] == '"') return "starts with '\"'";
+  return nullptr;
+}
+
+bool PropertyTextWriter::TooLong(size_t length) {
+  return length > PropertyTextReader::kLineBufferSize - 1;
 }

@@ -31,6 +31,17 @@ class PropertyTextWriter {
                          const propstring& value);
   // Writes text and ends the line: a line feed and a flush.
   static void WriteLine(std::ostream& out, const propstring& text);
+
+  // Why field, written as it stands in a file whose comments start with
+  // mark, would not be read back as itself ("holds a line break", ...), or
+  // null if it would. A field whose edges are kept by the line around it
+  // (a section name between brackets) passes keepsEdges: its blanks and
+  // quotes are then no trouble.
+  static const char* FieldTrouble(const propstring& field, char mark,
+                                  bool keepsEdges);
+  // True if a line of length characters is too long for a reader that
+  // keeps to the 511-character limit.
+  static bool TooLong(size_t length);
 };
 
 #endif  // SRC_PROPERTYTEXTWRITER_H_

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "IntegerProperty.h"
+#include "JavaPropertiesFormat.h"
 #include "JavaPropertiesPersistence.h"
 #include "support/LogRecorder.h"
 #include "support/Recorders.h"
@@ -45,7 +46,7 @@ TEST_F(PropertyManagerOperationsTest, FindComparesTheSectionOnlyIfGiven) {
 TEST_F(PropertyManagerOperationsTest, RegisterReturnsAnExistingProperty) {
   Property* existing = Operations::Find(m_manager, nullptr, "k");
   bool created = false;
-  EXPECT_EQ(existing, Operations::Register(
+  EXPECT_EQ(existing, Operations::Register<JavaPropertiesFormat>(
                           m_manager, nullptr, "k", true,
                           PropertyMessages::kJavaManagerRegisterProperty, [&] {
                             created = true;
@@ -55,7 +56,7 @@ TEST_F(PropertyManagerOperationsTest, RegisterReturnsAnExistingProperty) {
 }
 
 TEST_F(PropertyManagerOperationsTest, RegisterRegistersWhatCreateMakes) {
-  Property* made = Operations::Register(
+  Property* made = Operations::Register<JavaPropertiesFormat>(
       m_manager, nullptr, "new", true,
       PropertyMessages::kJavaManagerRegisterProperty, [] {
         return static_cast<Property*>(new IntegerProperty("new", "3", ""));
@@ -64,7 +65,7 @@ TEST_F(PropertyManagerOperationsTest, RegisterRegistersWhatCreateMakes) {
 }
 
 TEST_F(PropertyManagerOperationsTest, RegisterOfNothingMadeReturnsNull) {
-  EXPECT_EQ(nullptr, Operations::Register(
+  EXPECT_EQ(nullptr, Operations::Register<JavaPropertiesFormat>(
                          m_manager, nullptr, "none", true,
                          PropertyMessages::kJavaManagerRegisterProperty,
                          [] { return static_cast<Property*>(nullptr); }));
@@ -72,7 +73,7 @@ TEST_F(PropertyManagerOperationsTest, RegisterOfNothingMadeReturnsNull) {
 
 TEST_F(PropertyManagerOperationsTest, SetValueOfNoPropertyLogsTheKey) {
   LogRecorder log;
-  Operations::SetValue(m_manager, nullptr, "gone", "1");
+  Operations::SetValue<JavaPropertiesFormat>(m_manager, nullptr, "gone", "1");
   EXPECT_EQ(std::vector<std::string>{"Property 'gone' was not found"},
             log.Messages());
 }
@@ -80,8 +81,9 @@ TEST_F(PropertyManagerOperationsTest, SetValueOfNoPropertyLogsTheKey) {
 TEST_F(PropertyManagerOperationsTest, SetValueRejectedIsLoggedAndRethrown) {
   Property* property = Operations::Find(m_manager, nullptr, "k");
   LogRecorder log;
-  EXPECT_THROW(Operations::SetValue(m_manager, property, "k", "x"),
-               Property::WrongValue);
+  EXPECT_THROW(
+      Operations::SetValue<JavaPropertiesFormat>(m_manager, property, "k", "x"),
+      Property::WrongValue);
   EXPECT_EQ("1", property->GetValue());
   EXPECT_EQ(std::vector<std::string>{"Format of property 'k' seems to be "
                                      "changed: 'Property 'k' can only "
