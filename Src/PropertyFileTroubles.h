@@ -21,8 +21,9 @@ class PropertyFileTroubles {
   typedef PropertySafety::FileTrouble FileTrouble;
 
   // Failures noted on this thread while a scope lives are binding's (any
-  // address that names the binding for its lifetime); path is its file.
-  // Scopes nest: the innermost one takes the notes.
+  // address that names the binding for its lifetime); path is its file and
+  // must outlive the scope (it is not copied: loads are frequent, failures
+  // rare). Scopes nest: the innermost one takes the notes.
   class Scope {
    public:
     Scope(const void* binding, const propstring& path);

@@ -102,6 +102,7 @@ bool PropertyTextReader::ReadForParsing(const propstring& path,
 char* PropertyTextReader::ReadLine(std::istream& in, char* buffer,
                                    bool longLines, std::string& longer,
                                    int lineNumber, bool& ok) {
+  errno = 0;  // So that a failed read leaves its own reason.
   in.getline(buffer, kLineBufferSize, in.widen('\n'));
   std::streamsize consumed = in.gcount();
   char* line = buffer;
@@ -122,8 +123,10 @@ char* PropertyTextReader::ReadLine(std::istream& in, char* buffer,
     line = &longer[0];
   }
   if (in.bad()) {
-    // A stream keeps no reason; an input/output error is the likely one.
-    PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kRead, EIO);
+    // A stream keeps no reason of its own; failing that, an input/output
+    // error is the likely one.
+    PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kRead,
+                               errno != 0 ? errno : EIO);
     PropertyMessages::Write(PropertyMessages::kErrorReading, lineNumber);
     ok = false;
   }

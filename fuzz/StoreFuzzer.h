@@ -3,7 +3,9 @@
 // writing and reading again settles. JavaPropertiesFuzzer.cpp and
 // IniPropertiesFuzzer.cpp give the flavour.
 //
-// Checked for every input whose lines are readable (at most 511 characters):
+// Checked for every input: inputs whose lines are at most 511 characters
+// long as the library reads by default, the others with long lines read
+// whole (PropertySafety::SetLongLines):
 // - Load of a good stream returns true; Store returns true;
 // - the written text is what the format rules make of the input (compared
 //   with the reference reader and writer of tests/support/ReferenceReader.h);
@@ -43,15 +45,30 @@
 #include <string>
 
 #include "FuzzSupport.h"
+#include "PropertySafety.h"
 
 namespace fuzz_support {
 
-// A line of 512 or more characters makes Load run for ever, on purpose.
+// A line of 512 or more characters makes Load run for ever, on purpose,
+// unless long lines are read whole.
 const size_t kLongestReadableLine = 511;
 
 inline bool IsReadable(const std::string& text) {
-  return LongestLine(text) <= kLongestReadableLine;
+  return PropertySafety::LongLines() ||
+         LongestLine(text) <= kLongestReadableLine;
 }
+
+// Long lines read whole (or not) while it lives.
+class LongLinesChoice {
+ public:
+  explicit LongLinesChoice(bool on) : m_was(PropertySafety::LongLines()) {
+    PropertySafety::SetLongLines(on);
+  }
+  ~LongLinesChoice() { PropertySafety::SetLongLines(m_was); }
+
+ private:
+  bool m_was;
+};
 
 template <typename Store>
 void LoadText(Store& properties, const std::string& text) {
@@ -151,7 +168,7 @@ void CheckRewritesSettle(const std::string& input, const std::string& stored) {
 template <typename Flavour>
 int FuzzStore(const uint8_t* data, size_t size) {
   const std::string input = ToString(data, size);
-  if (!IsReadable(input)) return 0;
+  const LongLinesChoice longLines(LongestLine(input) > kLongestReadableLine);
 
   typename Flavour::Store properties;
   LoadText(properties, input);

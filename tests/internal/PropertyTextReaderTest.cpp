@@ -20,6 +20,7 @@
 #include "IniPropertiesFormat.h"
 #include "JavaProperties.h"
 #include "JavaPropertiesFormat.h"
+#include "PropertySafety.h"
 #include "support/LogRecorder.h"
 #include "support/ReferenceReader.h"
 #include "support/TempDir.h"
@@ -153,8 +154,10 @@ std::vector<std::string> CorpusFiles(const std::string& target) {
 }
 
 // True if some line of the file is too long for the readers: such files are
-// defined never to finish loading, so neither path may be run on them here.
+// defined never to finish loading unless long lines are read whole, so
+// neither path may be run on them then.
 bool HasOverlongLine(const std::string& path) {
+  if (PropertySafety::LongLines()) return false;
   std::ifstream in(path.c_str(), std::ios::binary);
   std::string line;
   while (std::getline(in, line)) {
@@ -310,6 +313,126 @@ TEST_F(PropertyTextReaderFileTest,
 TEST_F(PropertyTextReaderFileTest,
        IniWholeFileReadEqualsStreamReadOnFuzzCorpus) {
   ExpectSameOnEveryFile<IniProperties>(CorpusFiles("IniPropertiesFuzzer"));
+}
+
+// Lines read whole however long they are, while it lives.
+class LongLinesOn {
+ public:
+  LongLinesOn() : m_was(PropertySafety::LongLines()) {
+    PropertySafety::SetLongLines(true);
+  }
+  ~LongLinesOn() { PropertySafety::SetLongLines(m_was); }
+
+ private:
+  bool m_was;
+};
+
+// Lines around and far beyond the 511 characters a line read takes, where
+// they end, hold a NUL or a section, or end the file without a line feed.
+std::vector<std::string> LongLineCases() {
+  const std::string x600(600, 'x');
+  return {"a=" + x600 + "\nb=2\n",
+          "a=" + x600,
+          "a=" + std::string(509, 'v') + "\nb=" + std::string(510, 'w'),
+          "a=" + std::string(510, 'v') + "\nb=" + std::string(511, 'w') + "\n",
+          std::string(1021, 'k') + "=" + std::string(1022, 'v') + "\n",
+          "#" + x600 + "\nk = \" v \" \n" + x600 + "\n",
+          std::string("a=1\0", 4) + x600 + "\nb=2\n",
+          "a=" + x600 + std::string("\0tail\nb=2\n", 10),
+          "[" + x600 + "]\nk=1\n[s]\nk=" + x600 + "\r\n",
+          "[s]\n" + x600 + ";" + x600 + "\n=" + x600 + "\n[s]\nk=2\n",
+          std::string(5000, '\n') + "a=" + std::string(70000, 'z') + "\n"};
+}
+
+TEST_F(PropertyTextReaderFileTest,
+       FlatWholeFileReadEqualsStreamReadWithLongLines) {
+  LongLinesOn longLines;
+  ExpectSameOnEveryFile<JavaProperties>(Files(LongLineCases()));
+}
+
+TEST_F(PropertyTextReaderFileTest,
+       IniWholeFileReadEqualsStreamReadWithLongLines) {
+  LongLinesOn longLines;
+  ExpectSameOnEveryFile<IniProperties>(Files(LongLineCases()));
+}
+
+TEST_F(PropertyTextReaderFileTest, FlatReadEqualsReferenceReaderWithLongLines) {
+  LongLinesOn longLines;
+  ExpectReferenceOnEveryFile<JavaProperties>(Files(LongLineCases()));
+}
+
+TEST_F(PropertyTextReaderFileTest, IniReadEqualsReferenceReaderWithLongLines) {
+  LongLinesOn longLines;
+  ExpectReferenceOnEveryFile<IniProperties>(Files(LongLineCases()));
+}
+
+TEST_F(PropertyTextReaderFileTest,
+       ReadsWithLongLinesEqualTheStreamReadOnRandomTexts) {
+  LongLinesOn longLines;
+  std::mt19937 random(20261123);
+  std::vector<std::string> texts;
+  for (int round = 0; round < 200; ++round) {
+    std::string text;
+    const int lines = static_cast<int>(random() % 8);
+    for (int i = 0; i < lines; ++i) {
+      // Around each multiple of the 511 characters a line read takes.
+      const size_t length = random() % 3 == 0
+                                ? 511 * (1 + random() % 3) - 2 + random() % 5
+                                : random() % 40;
+      std::string line(length, 'v');
+      line[0] = "k[;#"[random() % 4];
+      if (length > 3) line[length / 2] = "=\0]\r"[random() % 4];
+      text += line;
+      if (i + 1 < lines || random() % 2 == 0) text += '\n';
+    }
+    texts.push_back(text);
+  }
+  ExpectSameOnEveryFile<JavaProperties>(Files(texts));
+  ExpectSameOnEveryFile<IniProperties>(Files(texts));
+}
+
+TEST_F(PropertyTextReaderFileTest, LongLineIsLoggedAsTooLongWithItsNumber) {
+  LongLinesOn longLines;
+  const std::vector<std::string> paths =
+      Files({"a=1\nl=" + std::string(600, 'x') +
+             "\nc=" + std::string(509, 'y') + "\nd=" + std::string(700, 'z')});
+  for (bool wholeFile : {false, true}) {
+    const Outcome outcome = LoadWith<JavaProperties>(paths[0], wholeFile);
+    EXPECT_EQ((std::vector<std::string>{
+                  "Loading 'a' to '1'", "Line 2 is too long",
+                  "Loading 'l' to '" + std::string(600, 'x') + "'",
+                  "Line 3 is too long",
+                  "Loading 'c' to '" + std::string(509, 'y') + "'",
+                  "Line 4 is too long",
+                  "Loading 'd' to '" + std::string(700, 'z') + "'"}),
+              outcome.log)
+        << (wholeFile ? "whole file" : "stream");
+  }
+}
+
+TEST(PropertyTextReaderTest, StreamReadStopsAtReadErrorInsideLongLine) {
+  LongLinesOn longLines;
+  // A stream whose source fails after the first 700 bytes of one line.
+  class FailingAfter : public std::streambuf {
+   public:
+    explicit FailingAfter(std::string text) : m_text(std::move(text)) {
+      setg(&m_text[0], &m_text[0], &m_text[0] + m_text.size());
+    }
+
+   protected:
+    int_type underflow() override { throw std::ios::failure("gone"); }
+
+   private:
+    std::string m_text;
+  } source("k=" + std::string(698, 'v'));
+  std::istream in(&source);
+  JavaProperties store;
+  LogRecorder log;
+  EXPECT_FALSE(store.Load(in));
+  EXPECT_EQ((std::vector<std::string>{
+                "Error reading Line 1", "Line 1 is too long",
+                "Loading 'k' to '" + std::string(698, 'v') + "'"}),
+            log.Messages());
 }
 
 TEST_F(PropertyTextReaderFileTest,

@@ -8,11 +8,14 @@
 namespace test_support {
 namespace {
 
-// True if the line that starts at lineStart is 511 characters long and
-// followed by a line feed: the stream reader logs such a line as too long.
+// True if the reader logs the line that starts at lineStart as too long: it
+// takes more than 511 characters, its line feed included (so a line of 511
+// and a line feed, or, when long lines are read whole, any longer line).
 bool LogsTooLong(const std::string& text, size_t lineStart) {
   const size_t feed = text.find('\n', lineStart);
-  return feed != std::string::npos && feed - lineStart == 511;
+  const size_t taken = feed == std::string::npos ? text.size() - lineStart
+                                                 : feed + 1 - lineStart;
+  return taken > 511;
 }
 
 // Splits line at its first '=' into cleaned key and value; false without '='.

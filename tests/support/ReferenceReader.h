@@ -29,12 +29,13 @@ struct IniReading {
   std::vector<std::string> log;
 };
 
-// Reads text into entries (loads merge) as a flat file. REQUIRES: no line of
-// text is longer than 511 characters (the stream reader never returns on
-// one).
+// Reads text into entries (loads merge) as a flat file, every line whole:
+// as the library reads it by default if no line is longer than 511
+// characters (the stream reader never returns on one), and as it reads any
+// text with long lines on.
 FlatReading ReadFlat(const std::string& text, ReferenceSection entries = {});
 // Reads text into sections as an INI file: every section the text names
-// replaces the one of that name. REQUIRES: as ReadFlat().
+// replaces the one of that name. Lines are read as ReadFlat() reads them.
 IniReading ReadIni(const std::string& text, ReferenceSections sections = {});
 
 // The text the flat store writes for entries with header ("" writes none).
