@@ -4,8 +4,8 @@
 //
 // Works in a new directory under $TMPDIR (or /tmp): binds a flat domain and
 // a sectioned domain to files there, registers, sets and reads properties,
-// shows a rejected value and a read-only binding, prints each file the
-// library wrote, then removes the directory. Exits 0 when everything
+// shows a rejected value, file trouble and a read-only binding, prints each
+// file the library wrote, then removes the directory. Exits 0 when everything
 // behaved as the README says, 1 otherwise. It uses the installed headers
 // only, so it builds the same against an installed libproperties.
 
@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "Properties.h"
+#include "PropertySafety.h"
 
 namespace {
 
@@ -107,6 +108,15 @@ int main() {
   }
   std::string port = server->GetValue("port");  // "9090"
 
+  // 6. File trouble (a missing directory, a read-only file) never throws:
+  //    ask for it. Each binding reports its last failed read, write or lock.
+  for (const PropertySafety::FileTrouble& trouble :
+       PropertySafety::FileTroubles(server)) {
+    if (trouble.operation != PropertySafety::FileTrouble::kNone) {
+      std::cout << trouble.path << ": " << trouble.errorText << "\n";
+    }
+  }
+
   std::cout << "port = " << port << ", level = " << server->GetValue("level")
             << "\n";
   Expect(port == "9090", "port should be 9090");
@@ -129,6 +139,23 @@ int main() {
   ShowFile(uiFile);
   Expect(ReadFile(uiFile) == ";user interface\n[window]\nwidth=1024\n\n",
          "unexpected text in " + uiFile);
+
+  std::cout
+      << "\n== file trouble: a binding in a directory that is not there\n";
+  JavaPropertyManager* lost =
+      Properties::GetInstance()->GetJavaPropertyManager("lost");
+  const std::string lostFile = dir + "/missing/lost.properties";
+  lost->RegisterPersistence(lostFile, "");
+  lost->RegisterProperty("PROPERTY_TYPE_INTEGER", "port", "8080");
+  lost->SetValue("port", "9090");  // works in memory; the write fails
+  const PropertySafety::FileTrouble trouble =
+      PropertySafety::FileTroubles(lost).at(0);
+  std::cout << "port = " << lost->GetValue("port") << "; writing "
+            << trouble.path << " failed: " << trouble.errorText << "\n";
+  Expect(trouble.operation == PropertySafety::FileTrouble::kWrite &&
+             trouble.errorText == "No such file or directory",
+         "the failed write should be reported");
+  lost->UnRegisterPersistence(lostFile);
 
   std::cout << "\n== a read-only binding of " << siteFile << "\n";
   std::ofstream(siteFile.c_str()) << "# written by hand\ntimeout = 2.5\n";
