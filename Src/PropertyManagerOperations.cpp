@@ -58,10 +58,7 @@ void PropertyManagerOperations::SetValue(PropertyManager& manager,
     return;
   }
   PropertyThreadGuard guard(manager.m_mutex);
-  const propstring section = property->GetSection();
-  PropertyStrictValues::RequireEntry<Format>(
-      manager, Format::kSectioned ? &section : nullptr, property->GetKey(),
-      value);
+  PropertyStrictValues::RequireValue<Format>(manager, *property, value);
   try {
     property->SetValue(value);
   } catch (Property::WrongValue& e) {

@@ -41,6 +41,17 @@ void PropertyStrictValues::RequireEntry(const PropertyManager& manager,
 }
 
 template <typename Format>
+void PropertyStrictValues::RequireValue(const PropertyManager& manager,
+                                        Property& property,
+                                        const propstring& value) {
+  // Most managers are not strict: they pay for no copy of the address.
+  if (!PropertySafety::StrictValues(&manager)) return;
+  const propstring section = property.GetSection();
+  RequireEntry<Format>(manager, Format::kSectioned ? &section : nullptr,
+                       property.GetKey(), value);
+}
+
+template <typename Format>
 void PropertyStrictValues::RequireProperty(const PropertyManager& manager,
                                            const propstring* section,
                                            Property& property) {
@@ -108,6 +119,10 @@ template void PropertyStrictValues::RequireEntry<JavaPropertiesFormat>(
 template void PropertyStrictValues::RequireEntry<IniPropertiesFormat>(
     const PropertyManager&, const propstring*, const propstring&,
     const propstring&);
+template void PropertyStrictValues::RequireValue<JavaPropertiesFormat>(
+    const PropertyManager&, Property&, const propstring&);
+template void PropertyStrictValues::RequireValue<IniPropertiesFormat>(
+    const PropertyManager&, Property&, const propstring&);
 template void PropertyStrictValues::RequireProperty<JavaPropertiesFormat>(
     const PropertyManager&, const propstring*, Property&);
 template void PropertyStrictValues::RequireProperty<IniPropertiesFormat>(

@@ -24,6 +24,10 @@ class PropertyStrictValues {
   static void RequireEntry(const PropertyManager& manager,
                            const propstring* section, const propstring& key,
                            const propstring& value);
+  // RequireEntry() for value as property's next value.
+  template <typename Format>
+  static void RequireValue(const PropertyManager& manager, Property& property,
+                           const propstring& value);
   // RequireEntry() for every value property may hold: its value, or each
   // element of a list.
   template <typename Format>
