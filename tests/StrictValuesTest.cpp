@@ -46,11 +46,10 @@ const char kListType[] = "PROPERTY_TYPE_LIST";
 // A text with a line feed in it that, stored verbatim, makes a second entry.
 const char kInjected[] = "eve\nadmin=true";
 
-// A text that refused texts are expected to be refused for, as the message
-// names it.
+// A text a strict manager is expected to refuse, and why.
 struct Refused {
   std::string text;
-  std::string shown;  // The text as the message shows it.
+  std::string shown;  // The text as the message shows it (keys, sections).
   std::string reason;
 };
 

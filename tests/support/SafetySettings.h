@@ -7,8 +7,8 @@
 //
 // Each guard remembers the choice in force when it was made and makes it
 // again when it goes away. PropertySafety has no call that returns to "not
-// chosen", so the choice that was in force is made explicitly; the
-// environment variables are read once per process, so this is the same.
+// chosen", so the choice that was in force is made explicitly: every later
+// manager and load then behaves as it would have.
 
 #ifndef TESTS_SUPPORT_SAFETYSETTINGS_H_
 #define TESTS_SUPPORT_SAFETYSETTINGS_H_
