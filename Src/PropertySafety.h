@@ -44,10 +44,10 @@ class PropertySafety {
 
   // Long lines. When on, every reader of the library (both stores, both
   // bindings) reads a line of any length whole, and logs "Line %d is too
-  // long" for each line of 511 characters or more. When off, a line of 512
-  // or more characters makes a load read empty lines for ever: files and
-  // programs written for the 511-character limit rely on it. Starts as
-  // LIBPROPERTIES_LONG_LINES says, or as the library was built
+  // long" for each line of more than 511 characters with its line feed. When
+  // off, a line of 512 or more characters makes a load read empty lines for
+  // ever: files and programs written for the 511-character limit rely on it.
+  // Starts as LIBPROPERTIES_LONG_LINES says, or as the library was built
   // (-DPROPERTIES_LONG_LINES=read), else off. Applies to loads that start
   // after the call.
   static void SetLongLines(bool on);
