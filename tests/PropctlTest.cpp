@@ -118,7 +118,7 @@ TEST_F(PropctlTest, FlatOptionReadsIniNamedFileAsFlat) {
 TEST_F(PropctlTest, GetRefusesFileWithLineTheLibraryNeverReads) {
   const std::string file =
       Write("f.properties", "a=1\n" + LineOfLength(512) + "\n");
-  EXPECT_TRUE(Ran(Run({"get", file, "a"}), 2, "",
+  EXPECT_TRUE(Ran(Run({"get", file, "a"}, {kLimit}), 2, "",
                   "propctl: " + file +
                       ":2: line of 512 characters; the library cannot read "
                       "this file (see 'propctl check')\n"));
@@ -236,7 +236,8 @@ TEST_F(PropctlTest, SetRejectsEmptySectionName) {
 
 TEST_F(PropctlTest, SetRejectsEntryNeedingLineBeyondLimit) {
   const std::string file = Write("f.properties", kFlat);
-  EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(510, 'v')}), 2, "",
+  EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(510, 'v')}, {kLimit}), 2,
+                  "",
                   "propctl: the entry would need a line of 512 characters; "
                   "the library reads at most 511\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
@@ -262,7 +263,7 @@ TEST_F(PropctlTest, SetRejectsDoubleWrittenBeyondLargestDouble) {
 TEST_F(PropctlTest, SetRefusesFileWithLineTheLibraryNeverReads) {
   const std::string text = LineOfLength(600) + "\n";
   const std::string file = Write("f.properties", text);
-  EXPECT_TRUE(Ran(Run({"set", file, "a", "1"}), 2, "",
+  EXPECT_TRUE(Ran(Run({"set", file, "a", "1"}, {kLimit}), 2, "",
                   "propctl: " + file +
                       ":1: line of 600 characters; the library cannot read "
                       "this file (see 'propctl check')\n"));
