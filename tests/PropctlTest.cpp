@@ -30,10 +30,13 @@ class PropctlTest : public testing::Test {
   std::string Read(const std::string& name) const {
     return test_support::ReadFile(Path(name));
   }
-  static ProgramResult Run(const std::vector<std::string>& args) {
+  // Runs propctl with args, in the test's environment changed by
+  // environment (as RunProgram takes it).
+  static ProgramResult Run(const std::vector<std::string>& args,
+                           const std::vector<std::string>& environment = {}) {
     std::vector<std::string> argv = {PROPERTIES_PROPCTL};
     argv.insert(argv.end(), args.begin(), args.end());
-    return test_support::RunProgram(argv);
+    return test_support::RunProgram(argv, environment);
   }
 
   // Runs "propctl check" on text written to name; expects exit status 1 and
@@ -67,6 +70,11 @@ testing::AssertionResult PropctlTest::Reports(
 }
 
 const char kFlat[] = "port = 8080\n# comment\nname=demo\n";
+
+// Long lines on and off, whatever the test's own environment and the
+// library's build say.
+const char kRead[] = "LIBPROPERTIES_LONG_LINES=read";
+const char kLimit[] = "LIBPROPERTIES_LONG_LINES=limit";
 const char kIni[] = "[window]\nwidth=1024\n\n[panel]\nwidth=240\n";
 
 // get ----------------------------------------------------------------------
@@ -110,7 +118,7 @@ TEST_F(PropctlTest, FlatOptionReadsIniNamedFileAsFlat) {
 TEST_F(PropctlTest, GetRefusesFileWithLineTheLibraryNeverReads) {
   const std::string file =
       Write("f.properties", "a=1\n" + LineOfLength(512) + "\n");
-  EXPECT_TRUE(Ran(Run({"get", file, "a"}), 2, "",
+  EXPECT_TRUE(Ran(Run({"get", file, "a"}, {kLimit}), 2, "",
                   "propctl: " + file +
                       ":2: line of 512 characters; the library cannot read "
                       "this file (see 'propctl check')\n"));
@@ -228,7 +236,8 @@ TEST_F(PropctlTest, SetRejectsEmptySectionName) {
 
 TEST_F(PropctlTest, SetRejectsEntryNeedingLineBeyondLimit) {
   const std::string file = Write("f.properties", kFlat);
-  EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(510, 'v')}), 2, "",
+  EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(510, 'v')}, {kLimit}), 2,
+                  "",
                   "propctl: the entry would need a line of 512 characters; "
                   "the library reads at most 511\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
@@ -254,11 +263,95 @@ TEST_F(PropctlTest, SetRejectsDoubleWrittenBeyondLargestDouble) {
 TEST_F(PropctlTest, SetRefusesFileWithLineTheLibraryNeverReads) {
   const std::string text = LineOfLength(600) + "\n";
   const std::string file = Write("f.properties", text);
-  EXPECT_TRUE(Ran(Run({"set", file, "a", "1"}), 2, "",
+  EXPECT_TRUE(Ran(Run({"set", file, "a", "1"}, {kLimit}), 2, "",
                   "propctl: " + file +
                       ":1: line of 600 characters; the library cannot read "
                       "this file (see 'propctl check')\n"));
   EXPECT_EQ(text, Read("f.properties"));
+}
+
+// Long lines -------------------------------------------------------------
+
+TEST_F(PropctlTest, GetReadsFileWithLongLineWhenLongLinesAreOn) {
+  const std::string file =
+      Write("f.properties", "a=1\n" + LineOfLength(600) + "\nb=2\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "k"}, {kRead}), 0,
+                  std::string(598, 'x') + "\n", ""));
+  EXPECT_TRUE(Ran(Run({"get", file, "b"}, {kRead}), 0, "2\n", ""));
+}
+
+TEST_F(PropctlTest, GetReadsIniFileWithLongLineWhenLongLinesAreOn) {
+  const std::string file =
+      Write("f.ini", "[s]\n" + LineOfLength(600) + "\nb=2\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "s", "k"}, {kRead}), 0,
+                  std::string(598, 'x') + "\n", ""));
+}
+
+TEST_F(PropctlTest, GetRefusesFileWithLongLineUnderTheLimit) {
+  const std::string file =
+      Write("f.properties", "a=1\n" + LineOfLength(600) + "\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "a"}, {kLimit}), 2, "",
+                  "propctl: " + file +
+                      ":2: line of 600 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
+}
+
+TEST_F(PropctlTest, ListPrintsLongEntryWhenLongLinesAreOn) {
+  const std::string file =
+      Write("f.properties", "b=2\n" + LineOfLength(600) + "\na=1\n");
+  EXPECT_TRUE(Ran(Run({"list", file}, {kRead}), 0,
+                  "a=1\nb=2\n" + LineOfLength(600) + "\n", ""));
+}
+
+TEST_F(PropctlTest, ListRefusesFileWithLongLineUnderTheLimit) {
+  const std::string file = Write("f.ini", "[s]\n" + LineOfLength(600) + "\n");
+  EXPECT_TRUE(Ran(Run({"list", file}, {kLimit}), 2, "",
+                  "propctl: " + file +
+                      ":2: line of 600 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
+}
+
+TEST_F(PropctlTest, SetKeepsLongEntryOfFileWhenLongLinesAreOn) {
+  const std::string file = Write("f.properties", LineOfLength(600) + "\na=1\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "a", "2"}, {kRead}), 0, "", ""));
+  EXPECT_EQ("a=2\n" + LineOfLength(600) + "\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetStoresEntryOfLongLineWhenLongLinesAreOn) {
+  const std::string file = Write("f.ini", "[s]\na=1\n");
+  const std::string value(600, 'v');
+  EXPECT_TRUE(Ran(Run({"set", file, "s", "k", value}, {kRead}), 0, "", ""));
+  EXPECT_EQ("[s]\na=1\nk=" + value + "\n\n", Read("f.ini"));
+  EXPECT_TRUE(Ran(Run({"get", file, "s", "k"}, {kRead}), 0, value + "\n", ""));
+}
+
+TEST_F(PropctlTest, SetRefusesEntryOfLongLineUnderTheLimit) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(600, 'v')}, {kLimit}), 2,
+                  "",
+                  "propctl: the entry would need a line of 602 characters; "
+                  "the library reads at most 511\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesFileWithLongLineUnderTheLimit) {
+  const std::string text = "a=1\n" + LineOfLength(600) + "\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"set", file, "a", "2"}, {kLimit}), 2, "",
+                  "propctl: " + file +
+                      ":2: line of 600 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, CheckReportsLongLineWhenLongLinesAreOn) {
+  const std::string file =
+      Write("f.properties", "a=1\n" + LineOfLength(600) + "\n");
+  EXPECT_TRUE(Ran(Run({"check", file}, {kRead}), 1,
+                  file + ":2: line of 600 characters: the library's reader "
+                         "never returns on a line of 512 or more unless "
+                         "LIBPROPERTIES_LONG_LINES=read\n",
+                  ""));
 }
 
 TEST_F(PropctlTest, SetIntoMissingDirectoryExitsTwo) {
@@ -306,7 +399,8 @@ TEST_F(PropctlTest, ListPrintsIniSectionsAsLibraryWritesThem) {
 TEST_F(PropctlTest, CheckReportsLineTheLibraryNeverReadsWithItsNumber) {
   EXPECT_TRUE(Reports("f.properties", "a=1\n" + LineOfLength(512) + "\nb=2\n",
                       {"2: line of 512 characters: the library's reader "
-                       "never returns on a line of 512 or more"}));
+                       "never returns on a line of 512 or more unless "
+                       "LIBPROPERTIES_LONG_LINES=read"}));
 }
 
 TEST_F(PropctlTest, CheckReportsLineOfLongestLength) {
@@ -480,13 +574,15 @@ class PropctlWatchTest : public PropctlTest {
  protected:
   static const int kWaitMs = 10000;
 
-  // Starts "propctl watch --once" with args and waits until it watches.
+  // Starts "propctl watch --once" with args (in the test's environment
+  // changed by environment) and waits until it watches.
   std::unique_ptr<test_support::StartedProgram> Watch(
-      const std::vector<std::string>& args) {
+      const std::vector<std::string>& args,
+      const std::vector<std::string>& environment = {}) {
     std::vector<std::string> argv = {PROPERTIES_PROPCTL, "watch", "--once"};
     argv.insert(argv.end(), args.begin(), args.end());
     std::unique_ptr<test_support::StartedProgram> watch(
-        new test_support::StartedProgram(argv));
+        new test_support::StartedProgram(argv, environment));
     EXPECT_TRUE(watch->WaitForError("propctl: watching ", kWaitMs));
     return watch;
   }
@@ -528,6 +624,28 @@ TEST_F(PropctlWatchTest, FollowsAFileMadeAfterItStarted) {
   ASSERT_EQ(0, Run({"set", path, "k", "v"}).status);
   const ProgramResult result = watch->Finish(kWaitMs);
   EXPECT_EQ("k=v\n", result.out);
+}
+
+TEST_F(PropctlWatchTest, PrintsAChangedLongEntryWhenLongLinesAreOn) {
+  const std::string path =
+      Write("a.properties", "a=1\n" + LineOfLength(600) + "\n");
+  auto watch = Watch({path}, {"LIBPROPERTIES_LONG_LINES=read"});
+  const std::string value(700, 'y');
+  ASSERT_EQ(
+      0,
+      Run({"set", path, "k", value}, {"LIBPROPERTIES_LONG_LINES=read"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("k=" + value + "\n", result.out);
+}
+
+TEST_F(PropctlTest, WatchRefusesFileWithLongLineUnderTheLimit) {
+  const std::string file =
+      Write("f.properties", "a=1\n" + LineOfLength(600) + "\n");
+  EXPECT_TRUE(Ran(Run({"watch", "--once", file}, {kLimit}), 2, "",
+                  "propctl: " + file +
+                      ":2: line of 600 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
 }
 
 TEST_F(PropctlTest, OnceBelongsToWatch) {

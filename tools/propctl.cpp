@@ -40,6 +40,7 @@
 #include "PropertyDirectoryWatch.h"
 #include "PropertyFile.h"
 #include "PropertyFileLock.h"
+#include "PropertySafety.h"
 #include "StringProperty.h"
 #include "propctl/FileCheck.h"
 
@@ -130,6 +131,18 @@ const char kToolHelp[] =
     "file and any other FILE a flat file. Options may stand anywhere before\n"
     "a \"--\" argument; every word after \"--\" is an operand.\n"
     "\n"
+    "Environment:\n"
+    "  LIBPROPERTIES_LONG_LINES=read   lines of 512 or more characters are\n"
+    "                                  read whole, as the library then reads\n"
+    "                                  them: get, list, set and watch take\n"
+    "                                  files that hold such lines, and set "
+    "may\n"
+    "                                  write one\n"
+    "  LIBPROPERTIES_LONG_LINES=limit  lines of at most 511 characters; a\n"
+    "                                  file with a longer one is refused\n"
+    "                                  (the default, unless the library was\n"
+    "                                  built to read long lines)\n"
+    "\n"
     "Exit status: 0 success; 1 no such entry (get) or warnings (check);\n"
     "2 usage error, rejected value, or a file that cannot be read or "
     "written.\n";
@@ -142,7 +155,8 @@ const char kGetHelp[] =
     "\n"
     "Exit status: 0 printed; 1 no such entry (nothing is printed); 2 usage\n"
     "error, or FILE cannot be read (missing, not a regular file, or holding\n"
-    "a line of 512 or more characters, on which the library never returns).\n";
+    "a line of 512 or more characters, on which the library never returns\n"
+    "unless long lines are on: LIBPROPERTIES_LONG_LINES=read).\n";
 
 const char kSetHelp[] =
     "Usage: propctl set [--flat | --ini] [--type TYPE] [--header TEXT]\n"
@@ -168,7 +182,8 @@ const char kSetHelp[] =
     "file is left unchanged. So is an entry that the file would read back\n"
     "differently (keys and values are written verbatim: blanks at either\n"
     "end, a leading '\"', a comment character, or a line longer than 511\n"
-    "characters do not survive).\n"
+    "characters do not survive; with LIBPROPERTIES_LONG_LINES=read a longer\n"
+    "line does, and is written).\n"
     "\n"
     "Exit status: 0 stored; 2 usage error, rejected value or entry, or FILE\n"
     "cannot be read or written (FILE is left as it was, unless the library's\n"
@@ -183,21 +198,24 @@ const char kListHelp[] =
     "[name] line, its key=value lines and an empty line, sections in byte\n"
     "order. Comments, dropped and repeated entries do not appear.\n"
     "\n"
-    "Exit status: 0 printed; 2 usage error, or FILE cannot be read.\n";
+    "Exit status: 0 printed; 2 usage error, or FILE cannot be read (as for\n"
+    "get).\n";
 
 const char kCheckHelp[] =
     "Usage: propctl check [--flat | --ini] FILE\n"
     "\n"
     "Reports, one per line as FILE:LINE: message, every line that the\n"
     "library reads differently from what it seems to say: lines of 512 or\n"
-    "more characters (the library's reader never returns on them) and of\n"
-    "exactly 511 (the longest it takes), repeated keys (the last one wins),\n"
-    "lines without '=' that are no comment or header (ignored), comment\n"
-    "characters inside quotes ('#' in flat files, ';' in INI files: the\n"
-    "comment is cut first), NUL bytes and a UTF-8 byte-order mark. In INI\n"
-    "files also: entries before the first section or under an empty section\n"
-    "name (dropped), repeated sections (the last one replaces the earlier\n"
-    "ones), header lines without ']' and text after a header's ']'.\n"
+    "more characters (the library's reader never returns on them unless\n"
+    "long lines are on; they are reported either way, since other programs\n"
+    "may read the file) and of exactly 511 (the longest it takes without\n"
+    "long lines), repeated keys (the last one wins), lines without '=' that\n"
+    "are no comment or header (ignored), comment characters inside quotes\n"
+    "('#' in flat files, ';' in INI files: the comment is cut first), NUL\n"
+    "bytes and a UTF-8 byte-order mark. In INI files also: entries before\n"
+    "the first section or under an empty section name (dropped), repeated\n"
+    "sections (the last one replaces the earlier ones), header lines without\n"
+    "']' and text after a header's ']'.\n"
     "FILE is read as raw lines; the library's reader is not run on it.\n"
     "\n"
     "Exit status: 0 no warnings; 1 warnings; 2 usage error, or FILE cannot\n"
@@ -361,9 +379,12 @@ std::string ReadRegularFile(const std::string& path) {
 }
 
 // ReadRegularFile, refusing a file that the library's reader would never
-// return on.
+// return on: one with a line of 512 or more characters, unless long lines
+// are on (LIBPROPERTIES_LONG_LINES=read, or a library built to read them),
+// when the library reads such a line whole.
 std::string ReadPropertyFile(const std::string& path) {
   const std::string text = ReadRegularFile(path);
+  if (PropertySafety::LongLines()) return text;
   size_t length = 0;
   if (const int line = FindUnreadableLine(text, length)) {
     throw Failure{path + ":" + std::to_string(line) + ": line of " +
@@ -399,7 +420,8 @@ class FileStore {
   explicit FileStore(FileFormat format) : m_format(format) {}
 
   // Reads text as the library reads a file.
-  // REQUIRES: no line of text holds 512 or more characters.
+  // REQUIRES: no line of text holds 512 or more characters, unless long
+  // lines are on.
   void Parse(const std::string& text) {
     std::istringstream in(text);
     if (m_format == FileFormat::kIni) {
@@ -487,13 +509,13 @@ std::string StoredText(const Target& target, const ValueType& type) {
 
 // Throws Failure unless the library reads the entry back as it writes it.
 // Keys and values are written verbatim, and a line of 512 or more
-// characters would make the whole file unreadable.
+// characters would make the whole file unreadable, unless long lines are on.
 void RequireReadBack(const Target& target, const std::string& stored) {
   FileStore written(target.format);
   written.Put(target, stored);
   const std::string text = written.Text("");
   size_t length = 0;
-  if (FindUnreadableLine(text, length) != 0) {
+  if (!PropertySafety::LongLines() && FindUnreadableLine(text, length) != 0) {
     throw Failure{"the entry would need a line of " + std::to_string(length) +
                   " characters; the library reads at most 511"};
   }
@@ -570,7 +592,9 @@ int RunList(const Invocation& invocation) {
 
 int RunCheck(const Invocation& invocation) {
   const Target target = TakeOperands(invocation, {});
-  // Raw lines only: the library's reader never returns on an over-long one.
+  // Raw lines only: without long lines the library's reader never returns
+  // on an over-long one, and a file is checked for every program that may
+  // read it, whatever this process reads.
   const std::vector<FileFinding> findings =
       CheckFileText(ReadRegularFile(target.path), target.format);
   for (const FileFinding& finding : findings) {

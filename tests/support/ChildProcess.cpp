@@ -143,8 +143,9 @@ ProgramResult RunProgram(const std::vector<std::string>& argv,
   return result;
 }
 
-StartedProgram::StartedProgram(const std::vector<std::string>& argv) {
-  m_pid = Spawn(argv, {}, &m_out, &m_err);
+StartedProgram::StartedProgram(const std::vector<std::string>& argv,
+                               const std::vector<std::string>& environment) {
+  m_pid = Spawn(argv, environment, &m_out, &m_err);
 }
 
 StartedProgram::~StartedProgram() { Finish(0); }

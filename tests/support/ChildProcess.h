@@ -32,8 +32,10 @@ ProgramResult RunProgram(const std::vector<std::string>& argv,
 // standard error, acts, and then collects its end.
 class StartedProgram {
  public:
-  // Starts argv as RunProgram does. Started() tells whether it ran.
-  explicit StartedProgram(const std::vector<std::string>& argv);
+  // Starts argv as RunProgram does, in this process's environment changed
+  // by environment. Started() tells whether it ran.
+  explicit StartedProgram(const std::vector<std::string>& argv,
+                          const std::vector<std::string>& environment = {});
   // Kills the program if it still runs, and waits for it.
   ~StartedProgram();
 

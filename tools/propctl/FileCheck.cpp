@@ -13,7 +13,8 @@ namespace {
 // The blanks of the library's field cleaning, in every locale.
 const char kBlanks[] = " \t\n\v\f\r";
 const char kByteOrderMark[] = "\xEF\xBB\xBF";
-// The longest line the reader takes whole; one more and it never returns.
+// The longest line the reader takes whole; one more and it never returns,
+// unless long lines are on.
 const size_t kLongestLine = 511;
 
 // The lines of text without their line feeds. A text that ends in a line
@@ -90,10 +91,13 @@ void Checker::Warn(int number, const std::string& message) {
 
 bool Checker::CheckLength(int number, const std::string& raw) {
   const std::string length = std::to_string(raw.size());
+  // Reported whatever this process reads: the file may be read by programs
+  // that keep the limit.
   if (raw.size() > kLongestLine) {
-    Warn(number, "line of " + length +
-                     " characters: the library's reader never returns on a "
-                     "line of 512 or more");
+    Warn(number,
+         "line of " + length +
+             " characters: the library's reader never returns on a "
+             "line of 512 or more unless LIBPROPERTIES_LONG_LINES=read");
     return false;
   }
   if (raw.size() == kLongestLine) {

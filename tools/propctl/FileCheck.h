@@ -1,6 +1,7 @@
 // FileCheck.h - finds the lines of a property file that the library reads
 // differently from what they seem to say, without the library's reader
-// (which never returns on a line of 512 or more characters).
+// (which never returns on a line of 512 or more characters unless long lines
+// are on).
 //
 //   std::vector<FileFinding> findings =
 //       CheckFileText(text, FileFormat::kIni);
@@ -31,8 +32,9 @@ std::vector<FileFinding> CheckFileText(const std::string& text,
                                        FileFormat format);
 
 // The number (from 1) of the first line of text that holds 512 or more
-// characters, on which the library's reader never returns; 0 if there is
-// none. Sets length to that line's length (without its line feed).
+// characters, on which the library's reader never returns unless long lines
+// are on; 0 if there is none. Sets length to that line's length (without its
+// line feed).
 int FindUnreadableLine(const std::string& text, size_t& length);
 
 #endif  // TOOLS_PROPCTL_FILECHECK_H_
