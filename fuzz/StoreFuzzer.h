@@ -46,6 +46,7 @@
 
 #include "FuzzSupport.h"
 #include "PropertySafety.h"
+#include "support/SafetySettings.h"
 
 namespace fuzz_support {
 
@@ -57,18 +58,6 @@ inline bool IsReadable(const std::string& text) {
   return PropertySafety::LongLines() ||
          LongestLine(text) <= kLongestReadableLine;
 }
-
-// Long lines read whole (or not) while it lives.
-class LongLinesChoice {
- public:
-  explicit LongLinesChoice(bool on) : m_was(PropertySafety::LongLines()) {
-    PropertySafety::SetLongLines(on);
-  }
-  ~LongLinesChoice() { PropertySafety::SetLongLines(m_was); }
-
- private:
-  bool m_was;
-};
 
 template <typename Store>
 void LoadText(Store& properties, const std::string& text) {
@@ -168,7 +157,8 @@ void CheckRewritesSettle(const std::string& input, const std::string& stored) {
 template <typename Flavour>
 int FuzzStore(const uint8_t* data, size_t size) {
   const std::string input = ToString(data, size);
-  const LongLinesChoice longLines(LongestLine(input) > kLongestReadableLine);
+  const test_support::ScopedLongLines longLines(LongestLine(input) >
+                                                kLongestReadableLine);
 
   typename Flavour::Store properties;
   LoadText(properties, input);

@@ -23,6 +23,7 @@
 #include "PropertySafety.h"
 #include "support/LogRecorder.h"
 #include "support/ReferenceReader.h"
+#include "support/SafetySettings.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -30,6 +31,7 @@ namespace {
 using test_support::LogRecorder;
 using test_support::ReadFile;
 using test_support::ReferenceOutcome;
+using test_support::ScopedLongLines;
 using test_support::TempDir;
 using test_support::WriteFile;
 
@@ -315,18 +317,6 @@ TEST_F(PropertyTextReaderFileTest,
   ExpectSameOnEveryFile<IniProperties>(CorpusFiles("IniPropertiesFuzzer"));
 }
 
-// Lines read whole however long they are, while it lives.
-class LongLinesOn {
- public:
-  LongLinesOn() : m_was(PropertySafety::LongLines()) {
-    PropertySafety::SetLongLines(true);
-  }
-  ~LongLinesOn() { PropertySafety::SetLongLines(m_was); }
-
- private:
-  bool m_was;
-};
-
 // Lines around and far beyond the 511 characters a line read takes, where
 // they end, hold a NUL or a section, or end the file without a line feed.
 std::vector<std::string> LongLineCases() {
@@ -346,29 +336,29 @@ std::vector<std::string> LongLineCases() {
 
 TEST_F(PropertyTextReaderFileTest,
        FlatWholeFileReadEqualsStreamReadWithLongLines) {
-  LongLinesOn longLines;
+  ScopedLongLines longLines(true);
   ExpectSameOnEveryFile<JavaProperties>(Files(LongLineCases()));
 }
 
 TEST_F(PropertyTextReaderFileTest,
        IniWholeFileReadEqualsStreamReadWithLongLines) {
-  LongLinesOn longLines;
+  ScopedLongLines longLines(true);
   ExpectSameOnEveryFile<IniProperties>(Files(LongLineCases()));
 }
 
 TEST_F(PropertyTextReaderFileTest, FlatReadEqualsReferenceReaderWithLongLines) {
-  LongLinesOn longLines;
+  ScopedLongLines longLines(true);
   ExpectReferenceOnEveryFile<JavaProperties>(Files(LongLineCases()));
 }
 
 TEST_F(PropertyTextReaderFileTest, IniReadEqualsReferenceReaderWithLongLines) {
-  LongLinesOn longLines;
+  ScopedLongLines longLines(true);
   ExpectReferenceOnEveryFile<IniProperties>(Files(LongLineCases()));
 }
 
 TEST_F(PropertyTextReaderFileTest,
        ReadsWithLongLinesEqualTheStreamReadOnRandomTexts) {
-  LongLinesOn longLines;
+  ScopedLongLines longLines(true);
   std::mt19937 random(20261123);
   std::vector<std::string> texts;
   for (int round = 0; round < 200; ++round) {
@@ -392,7 +382,7 @@ TEST_F(PropertyTextReaderFileTest,
 }
 
 TEST_F(PropertyTextReaderFileTest, LongLineIsLoggedAsTooLongWithItsNumber) {
-  LongLinesOn longLines;
+  ScopedLongLines longLines(true);
   const std::vector<std::string> paths =
       Files({"a=1\nl=" + std::string(600, 'x') +
              "\nc=" + std::string(509, 'y') + "\nd=" + std::string(700, 'z')});
@@ -411,7 +401,7 @@ TEST_F(PropertyTextReaderFileTest, LongLineIsLoggedAsTooLongWithItsNumber) {
 }
 
 TEST(PropertyTextReaderTest, StreamReadStopsAtReadErrorInsideLongLine) {
-  LongLinesOn longLines;
+  ScopedLongLines longLines(true);
   // A stream whose source fails after the first 700 bytes of one line.
   class FailingAfter : public std::streambuf {
    public:
