@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <functional>
 #include <future>
 #include <memory>
@@ -18,6 +19,7 @@
 #include "IntegerProperty.h"
 #include "JavaProperties.h"
 #include "Properties.h"
+#include "PropertySafety.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -122,6 +124,51 @@ TEST_F(ConcurrencyTest, FileKeepsTheLastValueThatEachThreadSet) {
   EXPECT_EQ(
       "#counters\ncounter0=199\ncounter1=199\ncounter2=199\ncounter3=199\n",
       ReadFile(path));
+}
+
+// Strict choices and file troubles are kept beside the managers, in tables
+// of their own: threads that set values, change choices and ask for
+// troubles at once must neither race nor lose a refusal.
+TEST_F(ConcurrencyTest, SafetyChoicesAndTroublesHoldUnderThreads) {
+  const int kThreads = 4;
+  const int kRounds = 100;
+  TempDir dir(test_support::MemoryBackedBase());
+  JavaPropertyManager* strict = Manager("strict");
+  JavaPropertyManager* lost = Manager("lost");
+  PropertySafety::SetStrictValues(strict, true);
+  strict->RegisterProperty("PROPERTY_TYPE_STRING", "name", "a");
+  lost->RegisterPersistence(dir.File("missing/lost.properties"), "");
+  lost->RegisterProperty("PROPERTY_TYPE_INTEGER", "port", "80");
+  std::atomic<int> refused(0);
+  RunTogether(kThreads, [&](int i) {
+    for (int n = 0; n < kRounds; ++n) {
+      switch (i) {
+        case 0:
+          try {
+            strict->SetValue("name", "eve\nadmin=true");
+          } catch (Property::WrongValue&) {
+            ++refused;
+          }
+          break;
+        case 1:
+          lost->SetValue("port", std::to_string(n));
+          break;
+        case 2:
+          EXPECT_EQ(1u, PropertySafety::FileTroubles(lost).size());
+          break;
+        default:
+          PropertySafety::SetStrictValues(Manager("other"), n % 2 == 0);
+          EXPECT_TRUE(PropertySafety::StrictValues(strict));
+          break;
+      }
+    }
+  });
+  EXPECT_EQ(kRounds, refused.load());
+  EXPECT_EQ("a", strict->GetValue("name"));
+  const PropertySafety::FileTrouble trouble =
+      PropertySafety::FileTroubles(lost).at(0);
+  EXPECT_EQ(PropertySafety::FileTrouble::kWrite, trouble.operation);
+  EXPECT_EQ(ENOENT, trouble.error);
 }
 
 TEST_F(ConcurrencyTest, ReadersSeeStableValuesWhileKeysAreRegistered) {
