@@ -55,11 +55,13 @@ tsan: deps
 	TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/PropertiesTests \
 	  --gtest_filter='ConcurrencyTest.*:SharedFileTest*:*ReaderWriterTest.*:NativeValueTest.*:PropertiesTest.*:PropertyThreadGuardTest.*'
 
-# The second compiler: its warnings differ from GCC's.
+# The second compiler: its warnings differ from GCC's. It also builds the
+# library's other build choices (long lines read whole, messages on standard
+# error), so that every test runs against them too.
 clang: deps
 	@sh tools/install-deps.sh clang
 	CXX=clang++ cmake -S . -B build-clang -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-	  -DPROPERTIES_WERROR=ON
+	  -DPROPERTIES_WERROR=ON -DPROPERTIES_LONG_LINES=read -DPROPERTIES_LOG=stderr
 	cmake --build build-clang -j $(JOBS)
 	ctest --test-dir build-clang --output-on-failure -j $(JOBS)
 
