@@ -5,7 +5,8 @@
 #               with crash-safe rewrites on (so both rewrite ways are tested)
 #   make tsan   the concurrency tests under ThreadSanitizer
 #   make valgrind  the demo and every test under valgrind's memcheck
-#   make clang  every test, built with clang (warnings are errors)
+#   make clang  every test, built with clang (warnings are errors) and the
+#               other build choices (long lines read, messages on stderr)
 #   make format-check  the sources against clang-format 14 (make format fixes)
 #   make fuzz   every fuzz target for FUZZ_SECONDS (default 60) with libFuzzer
 #   make install-check  install to a scratch prefix and build a consumer
