@@ -91,9 +91,9 @@ std::vector<std::string> Elements(const std::string& list) {
 // A refusal is strict values' own, or the string type's of '#', which
 // holds in every mode.
 void CheckRefusal(const Property::WrongValue& e) {
-  const bool strict = e.m_message.compare(0, 10, "Property '") == 0 &&
-                      e.m_message.find(" can not be kept in its file: ") !=
-                          std::string::npos;
+  const bool strict =
+      e.m_message.compare(0, 10, "Property '") == 0 &&
+      e.m_message.find(" can not be kept in its file: ") != std::string::npos;
   FUZZ_CHECK(strict || e.m_message == kStringRefusal,
              "refused with " << Quote(e.m_message));
 }
