@@ -1,12 +1,14 @@
 // PropertiesDemo.cpp - libproperties doing its job: typed settings of a small
 // service, bound to a flat .properties file and a sectioned .ini file.
 //
-//   PropertiesDemo [DIR]
+//   PropertiesDemo [--keep] [DIR]
 //
-// Without DIR the demo works in a new temporary directory and then starts
-// itself a second time on it, to show a later run of the service picking up
-// what the first run stored. With DIR it uses (and creates) that directory:
-// run it twice on one directory to see the same.
+// Without DIR the demo works in a new directory under $TMPDIR (or /tmp) and
+// then starts itself a second time on it, to show a later run of the
+// service picking up what the first run stored; it removes the directory at
+// the end unless --keep is given. With DIR it uses (and creates, and keeps)
+// that directory: run it twice on one directory to see the same. Lines
+// starting with "  (" explain what may surprise.
 
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -14,6 +16,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -45,14 +48,19 @@ void ShowFile(const std::string& title, const std::string& path) {
   std::cout << "--- " << title << ": " << path << "\n" << text.str() << "---\n";
 }
 
+// One short line on something that may surprise.
+void Explain(const std::string& why) { std::cout << "  (" << why << ")\n"; }
+
+// Sets value and says what happened and, if given, why.
 void TrySet(JavaPropertyManager* manager, const std::string& key,
-            const std::string& value) {
+            const std::string& value, const std::string& why = "") {
   std::cout << "set " << key << " = \"" << value << "\"\n";
   try {
     manager->SetValue(key, value);
   } catch (Property::WrongValue& e) {
     std::cout << "  [rejected] " << e.m_message << "\n";
   }
+  if (!why.empty()) Explain(why);
 }
 
 // The flat domain: all six types. An operator's file is seeded on the first
@@ -72,6 +80,9 @@ void RunServer(const std::string& dir, bool firstRun,
   ShowFile("server file before registration", path);
 
   server->RegisterProperty("PROPERTY_TYPE_INTEGER", "port", "8080");
+  Explain(firstRun ? "the file's port replaced the default 8080; loading a "
+                     "stored value counts as a change"
+                   : "every stored value loaded counts as a change");
   server->RegisterProperty("PROPERTY_TYPE_BOOLEAN", "tls", "false");
   server->RegisterProperty("PROPERTY_TYPE_DOUBLE", "timeout", "2.5");
   server->RegisterProperty("PROPERTY_TYPE_STRING", "banner", "hello");
@@ -87,9 +98,15 @@ void RunServer(const std::string& dir, bool firstRun,
   if (!firstRun) return;
 
   ShowFile("server file after registration", path);
-  TrySet(server, "port", "+80");
-  TrySet(server, "banner", "use # sparingly");
-  TrySet(server, "level", "3");
+  Explain(
+      "loading port changed it, so the file was rewritten: unknown keys "
+      "stay, comments and spacing go");
+  TrySet(server, "port", "+80",
+         "an integer is digits with an optional leading '-', no '+'");
+  TrySet(server, "banner", "use # sparingly",
+         "'#' would start a comment in the file, so strings refuse it");
+  TrySet(server, "level", "3",
+         "a list takes an element or its position from 0: 3 is 'error'");
   TrySet(server, "tls", "true");
   TrySet(server, "timeout", "0.25");
   ShowFile("server file after the changes", path);
@@ -129,17 +146,46 @@ int SecondRun(const char* self, const std::string& dir) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 
+// A new directory under $TMPDIR or /tmp, or "" if none can be made.
+std::string MakeTemporaryDirectory() {
+  const char* tmp = std::getenv("TMPDIR");
+  std::string name =
+      std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") +
+      "/libproperties-demo-XXXXXX";
+  return mkdtemp(&name[0]) != nullptr ? name : "";
+}
+
+// Removes the demo's two files and its directory.
+void RemoveDirectory(const std::string& dir) {
+  std::remove((dir + "/server.properties").c_str());
+  std::remove((dir + "/ui.ini").c_str());
+  if (rmdir(dir.c_str()) == 0) {
+    std::cout << "\nremoved " << dir << " (--keep keeps it)\n";
+  } else {
+    std::perror(("PropertiesDemo: " + dir).c_str());
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  bool keep = false;
+  int arg = 1;
+  if (arg < argc && std::strcmp(argv[arg], "--keep") == 0) {
+    keep = true;
+    ++arg;
+  }
   std::string dir;
-  if (argc > 1) {
-    dir = argv[1];
+  const bool own = arg >= argc;  // The demo made the directory itself.
+  if (!own) {
+    dir = argv[arg];
     mkdir(dir.c_str(), 0777);
   } else {
-    char pattern[] = "/tmp/libproperties-demo-XXXXXX";
-    if (mkdtemp(pattern) == nullptr) return 1;
-    dir = pattern;
+    dir = MakeTemporaryDirectory();
+    if (dir.empty()) {
+      std::perror("PropertiesDemo: mkdtemp");
+      return 1;
+    }
   }
   const bool firstRun = !Exists(dir + "/server.properties");
   std::cout << "=== " << (firstRun ? "first" : "later") << " run in " << dir
@@ -147,7 +193,9 @@ int main(int argc, char** argv) {
   PrintingListener listener;
   RunServer(dir, firstRun, &listener);
   RunUi(dir, firstRun, &listener);
-  if (argc > 1 || !firstRun) return 0;
+  if (!own || !firstRun) return 0;
   std::cout << "\n=== starting the program again on " << dir << "\n";
-  return SecondRun(argv[0], dir);
+  const int status = SecondRun(argv[0], dir);
+  if (!keep) RemoveDirectory(dir);
+  return status;
 }
