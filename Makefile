@@ -11,6 +11,7 @@
 #   make fuzz   every fuzz target for FUZZ_SECONDS (default 60) with libFuzzer
 #   make install-check  install to a scratch prefix and build a consumer
 #   make abi-check      compare the binary interface with abi/
+#   make deb    the Debian packages in build-deb/src/, checked by lintian
 #   make bench  the benchmarks (build-bench/results.json, results.md; BENCH_ARGS)
 #   make bench-docs  the benchmarks, then the page docs/benchmarks.md
 
@@ -151,7 +152,7 @@ bench-docs: bench
 # Every build directory the targets above make.
 clean:
 	rm -rf $(BUILD_DIR) build build-asan build-tsan build-clang build-fuzz \
-	  build-bench
+	  build-bench build-deb
 
 # The installed tree: installs the build to a scratch prefix and builds and
 # runs a program against it through the CMake package and through pkg-config
@@ -174,3 +175,13 @@ abi-check: configure
 	sh tools/check-abi.sh $(BUILD_DIR)
 	sh tools/check-export-list.sh
 	sh tools/prove-abi-guard.sh
+
+# The Debian packages libproperties1, libproperties-dev and propctl, built
+# with dpkg-buildpackage -us -uc -b from a copy of the tree in build-deb/src/
+# (where the .deb and .changes files land), then checked by lintian: any
+# lintian error fails (tools/build-deb.sh). The package build runs no tests.
+.PHONY: deb
+
+deb:
+	@sh tools/install-deps.sh deb
+	sh tools/build-deb.sh build-deb $(JOBS)

@@ -6,8 +6,9 @@
 #   <libdir>/libproperties.so.1.0.0  with its .so.1 and .so links, and the
 #   <libdir>/libTextNumbers.so.1.0.0 companion library the same way
 #   <libdir>/cmake/libproperties/    the CMake package: find_package(libproperties)
-#                                    gives the target libproperties::properties
-#   <libdir>/pkgconfig/libproperties.pc
+#                                    gives the targets libproperties::properties
+#                                    and libproperties::TextNumbers
+#   <libdir>/pkgconfig/libproperties.pc  links both libraries
 # <libdir> is CMAKE_INSTALL_LIBDIR (lib/<multiarch> for the prefix /usr on
 # Debian).
 #

@@ -10,12 +10,17 @@
 #   install-deps.sh abi        and abigail-tools (tools/check-abi.sh)
 #   install-deps.sh bench      and Google Benchmark with the libraries the
 #                              benchmarks compare against
+#   install-deps.sh deb        and the Debian packaging tools (make deb):
+#                              build-essential, debhelper, dpkg-dev, lintian
 set -eu
 
 missing=""
 need() {  # need PACKAGE TEST-COMMAND...
   pkg=$1; shift
   if ! "$@" >/dev/null 2>&1; then missing="$missing $pkg"; fi
+}
+installed() {  # installed PACKAGE: true if dpkg has it fully installed
+  [ "$(dpkg-query -W -f='${Status}' "$1" 2>/dev/null)" = "install ok installed" ]
 }
 
 need cmake command -v cmake
@@ -45,6 +50,13 @@ for extra in "$@"; do
     clang) need clang command -v clang++ ;;
     format) need clang-format-14 command -v clang-format-14 ;;
     abi) need abigail-tools command -v abidiff ;;
+    deb)
+      # dpkg-buildpackage checks build-essential along with Build-Depends.
+      need build-essential installed build-essential
+      need debhelper command -v dh
+      need dpkg-dev command -v dpkg-buildpackage
+      need lintian command -v lintian
+      ;;
     *) echo "install-deps.sh: unknown extra '$extra'" >&2; exit 2 ;;
   esac
 done

@@ -1,6 +1,7 @@
 // main.cpp - a program that uses an installed libproperties: it binds a
 // domain to a file, registers and sets a property, and checks what the
-// library wrote, what it reads back and what it rejects.
+// library wrote, what it reads back and what it rejects. It also calls
+// TextNumbers, the installed companion library, directly.
 //
 //   consumer DIR    works in DIR (which must exist); prints "ok" on success
 
@@ -11,6 +12,7 @@
 #include <string>
 
 #include "Properties.h"
+#include "TextNumbers.h"
 
 namespace {
 
@@ -66,6 +68,20 @@ int main(int argc, char** argv) {
   Expect(message == "Property 'port' can only contain 'an integer value'",
          "rejection message '" + message + "'");
   Expect(manager->GetValue("port") == "9090", "rejected value was stored");
+
+  // TextNumbers, called directly: the value the property holds, and a text
+  // it refuses with its own exception.
+  Expect(TextNumbers::StdStringToInteger(manager->GetValue("port")) == 9090,
+         "TextNumbers reads the port as another number");
+  Expect(TextNumbers::StdStringToDouble("0.5") == 0.5,
+         "TextNumbers reads 0.5 as another number");
+  bool refused = false;
+  try {
+    TextNumbers::StdStringToInteger("12x");
+  } catch (TextNumbers::NotAnInteger& e) {
+    refused = std::string(e.what()) == "not an integer: \"12x\"";
+  }
+  Expect(refused, "TextNumbers does not refuse '12x' as documented");
 
   if (failures != 0) return 1;
   std::cout << "ok\n";

@@ -3,14 +3,15 @@
 # program against the installed tree, the two ways clients do:
 #   1. the installed tree has the expected layout, and its headers compile
 #      together as C++11 with only include/libproperties on the path;
-#   2. CMake: find_package(libproperties) and libproperties::properties
-#      (this directory's CMakeLists.txt);
-#   3. pkg-config: c++ main.cpp $(pkg-config --cflags --libs libproperties).
-# Both programs run with LD_LIBRARY_PATH set to the scratch prefix's libdir,
-# as with any prefix outside the loader's search path: the installed
-# libproperties.so.1 finds libTextNumbers.so.1 through it.
-# Neither program may link libTextNumbers itself: it is libproperties' own
-# dependency.
+#   2. CMake: find_package(libproperties) with the targets
+#      libproperties::properties and libproperties::TextNumbers (this
+#      directory's CMakeLists.txt);
+#   3. pkg-config: c++ main.cpp $(pkg-config --cflags --libs libproperties),
+#      which links libproperties and libTextNumbers.
+# main.cpp uses both libraries, so both programs link both. They run with
+# LD_LIBRARY_PATH set to the scratch prefix's libdir, as with any prefix
+# outside the loader's search path; the pkg-config program is also linked
+# once more with an rpath to that libdir and runs without LD_LIBRARY_PATH.
 #
 #   run.sh BUILD-DIR SOURCE-DIR SCRATCH-DIR
 #
@@ -86,8 +87,9 @@ done >"$all"
 quiet "$cxx" -std=c++11 -Wall -Wextra -Wpedantic -Werror -fsyntax-only \
   -I"$include" "$all"
 
-needs_textnumbers() {  # needs_textnumbers PROGRAM: true if it links it itself
-  readelf -d "$1" | grep -q 'NEEDED.*libTextNumbers'
+links_both() {  # links_both PROGRAM: true if it needs both libraries
+  readelf -d "$1" | grep -q 'NEEDED.*\[libproperties\.so\.1\]' &&
+    readelf -d "$1" | grep -q 'NEEDED.*\[libTextNumbers\.so\.1\]'
 }
 
 echo "== CMake package: find_package(libproperties)"
@@ -99,8 +101,8 @@ found=$(sed -n 's/^libproperties_DIR:[A-Z]*=//p' \
 [ "$found" = "$lib/cmake/libproperties" ] ||
   fail "found the package in '$found', not in $lib/cmake/libproperties"
 quiet "$cmake" --build "$scratch/cmake-build"
-needs_textnumbers "$scratch/cmake-build/consumer" &&
-  fail "the CMake-built program links libTextNumbers itself"
+links_both "$scratch/cmake-build/consumer" ||
+  fail "the CMake-built program does not link both libraries"
 mkdir "$scratch/cmake-work"
 LD_LIBRARY_PATH=$lib "$scratch/cmake-build/consumer" "$scratch/cmake-work" ||
   fail "the CMake-built program"
@@ -111,16 +113,27 @@ pc() { PKG_CONFIG_PATH=$lib/pkgconfig pkg-config "$@" libproperties; }
   fail "pkg-config --modversion says '$(pc --modversion)'"
 [ "$(pc --variable=prefix)" = "$prefix" ] ||
   fail "pkg-config --variable=prefix says '$(pc --variable=prefix)'"
-# libproperties.so.1 needs libTextNumbers.so.1, which the linker looks for
-# on the library path (not -L), like the loader.
+pc --libs | grep -q -- '-lTextNumbers' ||
+  fail "pkg-config --libs does not link TextNumbers: '$(pc --libs)'"
+# pkg-config alone is enough to link: no LD_LIBRARY_PATH here.
 # shellcheck disable=SC2046,SC2086
-LD_LIBRARY_PATH=$lib quiet "$cxx" -std=c++11 -Wall -Wextra -Wpedantic \
+quiet env -u LD_LIBRARY_PATH "$cxx" -std=c++11 -Wall -Wextra -Wpedantic \
   -Werror $flags "$source/tests/consumer/main.cpp" \
   -o "$scratch/pkg-config-consumer" $(pc --cflags --libs)
-needs_textnumbers "$scratch/pkg-config-consumer" &&
-  fail "the pkg-config-built program links libTextNumbers itself"
+links_both "$scratch/pkg-config-consumer" ||
+  fail "the pkg-config-built program does not link both libraries"
 mkdir "$scratch/pkg-config-work"
 LD_LIBRARY_PATH=$lib "$scratch/pkg-config-consumer" "$scratch/pkg-config-work" ||
   fail "the pkg-config-built program"
+
+echo "== pkg-config with an rpath: runs without LD_LIBRARY_PATH"
+# shellcheck disable=SC2046,SC2086
+quiet env -u LD_LIBRARY_PATH "$cxx" -std=c++11 -Wall -Wextra -Wpedantic \
+  -Werror $flags "$source/tests/consumer/main.cpp" \
+  -o "$scratch/rpath-consumer" $(pc --cflags --libs) \
+  -Wl,-rpath,"$(pc --variable=libdir)"
+mkdir "$scratch/rpath-work"
+env -u LD_LIBRARY_PATH "$scratch/rpath-consumer" "$scratch/rpath-work" ||
+  fail "the pkg-config-built program with an rpath"
 
 echo "== the installed tree works both ways"
