@@ -17,6 +17,7 @@ using namespace std::string_literals;
 
 using test_support::LineOfLength;
 using test_support::ProgramResult;
+using test_support::Ran;
 
 class PropctlTest : public testing::Test {
  protected:
@@ -48,17 +49,6 @@ class PropctlTest : public testing::Test {
 
   test_support::TempDir m_dir;
 };
-
-// Success if the run ended with status and printed exactly out and err.
-testing::AssertionResult Ran(const ProgramResult& result, int status,
-                             const std::string& out, const std::string& err) {
-  if (result.status == status && result.out == out && result.err == err) {
-    return testing::AssertionSuccess();
-  }
-  return testing::AssertionFailure()
-         << "status " << result.status << ", out \"" << result.out
-         << "\", err \"" << result.err << "\"";
-}
 
 testing::AssertionResult PropctlTest::Reports(
     const std::string& name, const std::string& text,

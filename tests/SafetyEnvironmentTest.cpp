@@ -24,6 +24,7 @@ namespace {
 
 using test_support::LineOfLength;
 using test_support::ProgramResult;
+using test_support::Ran;
 using test_support::StartedProgram;
 
 // For the runs whose standard error must stay empty whatever the library's
@@ -96,17 +97,6 @@ ProgramResult RunDriver(const std::string& driver,
                         const std::vector<std::string>& args,
                         const std::vector<std::string>& variables) {
   return RunTogether({DriverRun{driver, args, variables}}, kEndsWithinMs)[0];
-}
-
-// Success if the run ended with status and printed exactly out and err.
-testing::AssertionResult Ran(const ProgramResult& result, int status,
-                             const std::string& out, const std::string& err) {
-  if (result.status == status && result.out == out && result.err == err) {
-    return testing::AssertionSuccess();
-  }
-  return testing::AssertionFailure()
-         << "status " << result.status << ", out \"" << result.out
-         << "\", err \"" << result.err << "\"";
 }
 
 // Success if the run got to its load and was killed there.

@@ -188,4 +188,14 @@ std::string FindInPath(const std::string& name) {
   return "";
 }
 
+testing::AssertionResult Ran(const ProgramResult& result, int status,
+                             const std::string& out, const std::string& err) {
+  if (result.status == status && result.out == out && result.err == err) {
+    return testing::AssertionSuccess();
+  }
+  return testing::AssertionFailure()
+         << "status " << result.status << ", out \"" << result.out
+         << "\", err \"" << result.err << "\"";
+}
+
 }  // namespace test_support

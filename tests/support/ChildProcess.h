@@ -5,6 +5,7 @@
 #ifndef TESTS_SUPPORT_CHILDPROCESS_H_
 #define TESTS_SUPPORT_CHILDPROCESS_H_
 
+#include <gtest/gtest.h>
 #include <sys/types.h>
 
 #include <string>
@@ -56,6 +57,11 @@ class StartedProgram {
   int m_err = -1;
   ProgramResult m_result;
 };
+
+// Success if the program ended with status and printed exactly out (on
+// standard output) and err (on standard error).
+testing::AssertionResult Ran(const ProgramResult& result, int status,
+                             const std::string& out, const std::string& err);
 
 // The full path of the program name found in PATH, or "" if there is none.
 std::string FindInPath(const std::string& name);
