@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -268,6 +270,117 @@ TEST_F(PropctlTest, SetRefusesFileWithLineTheLibraryNeverReads) {
                       ":1: line of 600 characters; the library cannot read "
                       "this file (see 'propctl check')\n"));
   EXPECT_EQ(text, Read("f.properties"));
+}
+
+// A refused set changes no byte of the file, whatever refuses it.
+
+TEST_F(PropctlTest, SetRefusesFlatKeyHoldingEqualsAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "a=b", "v"}), 2, "",
+                  "propctl: the entry 'a=b' = 'v' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesIniKeyHoldingEqualsAndLeavesFileUnchanged) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "window", "a=b", "v"}), 2, "",
+                  "propctl: the entry 'a=b' = 'v' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesIniKeyThatReadsAsSectionHeader) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "window", "[k", "v"}), 2, "",
+                  "propctl: the entry '[k' = 'v' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesSectionHoldingCommentCharacter) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "a;b", "k", "v"}), 2, "",
+                  "propctl: the entry 'k' = 'v' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesValueHoldingLineBreak) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "k", "x\ny=z"}), 2, "",
+                  "propctl: the entry 'k' = 'x\ny=z' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesKeyHoldingLineBreak) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "a\nb", "v"}), 2, "",
+                  "propctl: the entry 'a\nb' = 'v' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsIntegerOutOfRangeAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "integer", file, "port", "2147483648"}),
+                  2, "",
+                  "Property 'port' can only contain 'an integer value'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsBooleanOtherThanTrueOrFalse) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "boolean", file, "window", "on", "yes"}), 2, "",
+          "Property 'on' can only contain 'true or false'\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRejectsTextThatIsNoDouble) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "double", file, "d", "1,5"}), 2, "",
+                  "Property 'd' can only contain 'a double value'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsTextThatIsNoIpAddress) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "ip", file, "addr", "10.0.0.256"}), 2,
+                  "", "Property 'addr' can only contain 'an ip address'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsValueOutsideTheList) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "list:a|b|c", file, "l", "3"}), 2, "",
+                  "Property 'l' can only contain 'a value of the list or a "
+                  "number of the selected element'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsHeaderLongerThanALineAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(
+      Run({"set", "--header", std::string(511, 'h'), file, "k", "v"}), 2, "",
+      "propctl set: the header must be one line of at most 510 "
+      "characters; try 'propctl help set'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetOfUnknownTypeLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_EQ(2, Run({"set", "--type", "int", file, "port", "1"}).status);
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesDirectoryAndLeavesItEmpty) {
+  const std::string dir = Path("d.properties");
+  ASSERT_EQ(0, ::mkdir(dir.c_str(), 0700));
+  EXPECT_TRUE(Ran(Run({"set", dir, "k", "v"}), 2, "",
+                  "propctl: " + dir + ": not a regular file\n"));
+  EXPECT_EQ(0, ::rmdir(dir.c_str()));
 }
 
 // Long lines -------------------------------------------------------------

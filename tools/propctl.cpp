@@ -521,7 +521,12 @@ void RequireReadBack(const Target& target, const std::string& stored) {
   }
   FileStore reread(target.format);
   reread.Parse(text);
-  if (reread.Text("") != text) {
+  // The text alone can read back the same with another entry in it: the
+  // key "a=b" with the value "v" is written as "a=b=v", which is read as
+  // the key "a" with the value "b=v" and written again as the same text.
+  std::string value;
+  if (reread.Text("") != text || !reread.Get(target, value) ||
+      value != stored) {
     throw Failure{"the entry " + Quoted(target.key) + " = " + Quoted(stored) +
                   " would not read back as written (see 'propctl help set')"};
   }
