@@ -117,6 +117,70 @@ TEST_F(PropctlTest, FlatOptionReadsIniNamedFileAsFlat) {
   EXPECT_TRUE(Ran(Run({"get", "--flat", file, "k"}), 0, "v\n", ""));
 }
 
+// The format by content ---------------------------------------------------
+
+const char kGuessedIni[] =
+    ": read as INI (first entry line is a section header); --flat or --ini "
+    "decide\n";
+
+TEST_F(PropctlTest, ConfFileStartingWithSectionHeaderIsReadAsIniAndSaysSo) {
+  const std::string file =
+      Write("pip.conf", "# pip\n\n  ; note\n[global] ; all\ntimeout=60\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "global", "timeout"}), 0, "60\n",
+                  "propctl: " + file + kGuessedIni));
+}
+
+TEST_F(PropctlTest, FileWithoutSuffixStartingWithSectionHeaderIsReadAsIni) {
+  const std::string file = Write("config", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"list", file}), 0, "[s]\nk=v\n\n",
+                  "propctl: " + file + kGuessedIni));
+}
+
+TEST_F(PropctlTest, CfgFileStartingWithEntryIsReadAsFlatWithoutNote) {
+  const std::string file = Write("f.cfg", "a=1\n[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, BracketedKeyOfFlatFileIsNoSectionHeader) {
+  const std::string file = Write("f.conf", "[a]=1\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "[a]"}), 0, "1\n", ""));
+}
+
+TEST_F(PropctlTest, FlatOptionDecidesForConfFileAndSilencesTheNote) {
+  const std::string file = Write("f.conf", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"--flat", "get", file, "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, IniOptionSilencesTheNote) {
+  const std::string file = Write("f.conf", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"--ini", "get", file, "s", "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, PropertiesFileIsFlatWhateverItHolds) {
+  const std::string file = Write("f.properties", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, SetIntoConfFileStartingWithSectionHeaderWritesIni) {
+  const std::string file = Write("f.conf", "[s]\nk = 1\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "t", "k", "2"}), 0, "",
+                  "propctl: " + file + kGuessedIni));
+  EXPECT_EQ("[s]\nk=1\n\n[t]\nk=2\n\n", Read("f.conf"));
+}
+
+TEST_F(PropctlTest, SetCreatesMissingConfFileAsFlatFile) {
+  EXPECT_TRUE(Ran(Run({"set", Path("new.conf"), "k", "v"}), 0, "", ""));
+  EXPECT_EQ("k=v\n", Read("new.conf"));
+}
+
+TEST_F(PropctlTest, CheckOfConfFileStartingWithSectionHeaderChecksIni) {
+  const std::string file = Write("f.conf", "[s]\na=1\na=2\n");
+  EXPECT_TRUE(Ran(Run({"check", file}), 1,
+                  file + ":3: key 'a' repeats line 2 in section 's': the last "
+                         "value wins\n",
+                  "propctl: " + file + kGuessedIni));
+}
+
 TEST_F(PropctlTest, GetRefusesFileWithLineTheLibraryNeverReads) {
   const std::string file =
       Write("f.properties", "a=1\n" + LineOfLength(512) + "\n");

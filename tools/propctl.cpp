@@ -128,8 +128,11 @@ const char kToolHelp[] =
     "  --ini    FILE is a sectioned INI file (SECTION is then required)\n"
     "  --help   show the help of the command given, or this help\n"
     "Without --flat or --ini, a FILE whose name ends in \".ini\" is an INI\n"
-    "file and any other FILE a flat file. Options may stand anywhere before\n"
-    "a \"--\" argument; every word after \"--\" is an operand.\n"
+    "file and one ending in \".properties\" a flat file; any other FILE is\n"
+    "read as INI if its first line that is neither blank nor a comment is a\n"
+    "[section] header (standard error then says so), and as a flat file\n"
+    "otherwise. Options may stand anywhere before a \"--\" argument; every\n"
+    "word after \"--\" is an operand.\n"
     "\n"
     "Environment:\n"
     "  LIBPROPERTIES_LONG_LINES=read   lines of 512 or more characters are\n"
@@ -303,9 +306,30 @@ Invocation ParseCommandLine(const std::vector<std::string>& args) {
   return invocation;
 }
 
+std::string ReadRegularFile(const std::string& path);
+
+// The format of the file at path. Without --flat or --ini the name decides
+// where it tells: ".ini" is INI, ".properties" flat. Any other name
+// (".conf", ".cfg", none) is read as INI if its first entry line is a
+// section header, and standard error says so, since the same file read as
+// a flat one shows other entries; otherwise, and if there is no file to
+// look at, it is flat, as such a name always was.
 FileFormat FormatOf(const Invocation& invocation, const std::string& path) {
   if (invocation.format) return *invocation.format;
-  return EndsWith(path, ".ini") ? FileFormat::kIni : FileFormat::kFlat;
+  if (EndsWith(path, ".ini")) return FileFormat::kIni;
+  if (EndsWith(path, ".properties")) return FileFormat::kFlat;
+  std::string text;
+  try {
+    text = ReadRegularFile(path);
+  } catch (const Failure&) {
+    // Reported, if at all, by the command that reads or writes it.
+    return FileFormat::kFlat;
+  }
+  if (!StartsWithSectionHeader(text)) return FileFormat::kFlat;
+  std::cerr << "propctl: " << path
+            << ": read as INI (first entry line is a section header); --flat "
+               "or --ini decide\n";
+  return FileFormat::kIni;
 }
 
 // The operand slot of target named name ("SECTION", "KEY" or "VALUE").
