@@ -250,6 +250,37 @@ TEST_F(PropctlTest, SetWritesHeaderGiven) {
   EXPECT_EQ(";user interface\n[s]\nk=2\n\n", Read("f.ini"));
 }
 
+TEST_F(PropctlTest, SetKeepsFirstCommentLineOfFlatFileAsHeader) {
+  const std::string file =
+      Write("f.properties", "#server settings\nport=1\n# note\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "port", "2"}), 0, "", ""));
+  EXPECT_EQ("#server settings\nport=2\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetKeepsFirstCommentLineOfIniFileAsHeader) {
+  const std::string file = Write("f.ini", ";user interface\n[s]\nk=1\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "s", "k", "2"}), 0, "", ""));
+  EXPECT_EQ(";user interface\n[s]\nk=2\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetKeepsNoHeaderWhenFirstLineIsNoComment) {
+  const std::string file = Write("f.properties", "port=1\n#later\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "port", "2"}), 0, "", ""));
+  EXPECT_EQ("port=2\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetKeepsOnlyCommentLineOfTheFormatAsHeader) {
+  const std::string file = Write("f.ini", "#not a comment here\n[s]\nk=1\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "s", "k", "2"}), 0, "", ""));
+  EXPECT_EQ("[s]\nk=2\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetWithEmptyHeaderOptionDropsTheHeader) {
+  const std::string file = Write("f.properties", "#old\nport=1\n");
+  EXPECT_TRUE(Ran(Run({"set", "--header=", file, "port", "2"}), 0, "", ""));
+  EXPECT_EQ("port=2\n", Read("f.properties"));
+}
+
 TEST_F(PropctlTest, SetStoresTextFormOfType) {
   const std::string file = Write("f.properties", "");
   EXPECT_TRUE(

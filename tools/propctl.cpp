@@ -168,8 +168,9 @@ const char kSetHelp[] =
     "Checks VALUE with the library's value type TYPE and stores it under KEY\n"
     "(in an INI file: in SECTION, which is created if needed) through a\n"
     "read-write binding of the library. The file is read, merged and\n"
-    "rewritten by the library: other entries and sections are kept, while\n"
-    "comments, blank lines, quotes and order are not. FILE is created if it\n"
+    "rewritten by the library: other entries and sections are kept, and so\n"
+    "is a first comment line (see --header), while other comments, blank\n"
+    "lines, quotes and order are not. FILE is created if it\n"
     "does not exist. What is stored is the type's text form of VALUE (an\n"
     "integer 007 is stored as 7, a list position as the element's text).\n"
     "\n"
@@ -177,8 +178,11 @@ const char kSetHelp[] =
     "  --type TYPE     boolean, integer, double, string (the default), ip,\n"
     "                  or list:A|B|C (the choices; VALUE is one of them or\n"
     "                  its position from 0)\n"
-    "  --header TEXT   the comment line the rewritten file starts with\n"
-    "                  (default: none); one line of at most 510 characters\n"
+    "  --header TEXT   the comment line the rewritten file starts with: one\n"
+    "                  line of at most 510 characters, or \"\" for none\n"
+    "                  (default: the file's first line, if it is a comment\n"
+    "                  line: \"#...\" in a flat file, \";...\" in an INI "
+    "file)\n"
     "\n"
     "A value the type rejects is reported with the library's message, for\n"
     "example \"Property 'port' can only contain 'an integer value'\", and the\n"
@@ -421,18 +425,38 @@ std::string ReadPropertyFile(const std::string& path) {
 
 // Throws Failure unless the library can read path (if it exists) and write
 // it. A binding writes only the bound entries over a file it could not read,
-// and reports nothing when a write fails, so both are checked first.
-void RequireBindable(const std::string& path) {
+// and reports nothing when a write fails, so both are checked first. Returns
+// what the file holds ("" if there is none).
+std::string RequireBindable(const std::string& path) {
   struct stat status;
   if (::stat(path.c_str(), &status) == 0) {
-    ReadPropertyFile(path);
+    std::string text = ReadPropertyFile(path);
     if (::access(path.c_str(), W_OK) != 0) throw Failure{SystemError(path)};
+    return text;
   } else if (errno != ENOENT) {
     throw Failure{SystemError(path)};
   } else if (::access(PropertyFile::DirectoryOf(path).c_str(), W_OK | X_OK) !=
              0) {
     throw Failure{SystemError(path)};
   }
+  return "";
+}
+
+// The header that a rewrite of text, a file of format, keeps: the rest of
+// its first line if that is a comment line ("#..." flat, ";..." INI), which
+// the library's writer writes back as it was; "" otherwise. (A first line of
+// the mark alone is then not kept: the writer writes no empty header.)
+std::string KeptHeader(const std::string& text, FileFormat format) {
+  const char mark = format == FileFormat::kIni ? ';' : '#';
+  if (text.empty() || text[0] != mark) return "";
+  const size_t end = text.find('\n');
+  return text.substr(1, end == std::string::npos ? end : end - 1);
+}
+
+// The header a rewrite writes: --header if given, else the file's own.
+std::string HeaderFor(const Invocation& invocation, const std::string& text,
+                      FileFormat format) {
+  return invocation.header ? *invocation.header : KeptHeader(text, format);
 }
 
 // ------------------------------------------------------ library access --
@@ -603,8 +627,8 @@ int RunSet(const Invocation& invocation) {
   RequireHeader(invocation);
   const std::string stored = StoredText(target, type);
   RequireReadBack(target, stored);
-  RequireBindable(target.path);
-  StoreThroughBinding(target, type, invocation.header.value_or(""));
+  const std::string text = RequireBindable(target.path);
+  StoreThroughBinding(target, type, HeaderFor(invocation, text, target.format));
   // The library reports no failed write: read the result back.
   std::string written;
   if (!ReadStore(target).Get(target, written) || written != stored) {
