@@ -40,6 +40,16 @@ class PropctlTest : public testing::Test {
     argv.insert(argv.end(), args.begin(), args.end());
     return test_support::RunProgram(argv, environment);
   }
+  // Runs propctl with args and input on its standard input.
+  ProgramResult RunWithInput(const std::vector<std::string>& args,
+                             const std::string& input) const {
+    const std::string inputFile = Write("standard-input", input);
+    std::vector<std::string> argv = {"/bin/sh", "-c",
+                                     "exec \"$0\" \"$@\" < \"$PROPCTL_INPUT\"",
+                                     PROPERTIES_PROPCTL};
+    argv.insert(argv.end(), args.begin(), args.end());
+    return test_support::RunProgram(argv, {"PROPCTL_INPUT=" + inputFile});
+  }
 
   // Runs "propctl check" on text written to name; expects exit status 1 and
   // the report lines given (each without the "<path>:" in front), or exit
@@ -588,6 +598,242 @@ TEST_F(PropctlTest, SetInIniFileNeedsSection) {
                   "propctl set: missing VALUE; try 'propctl help set'\n"));
 }
 
+// --dry-run ----------------------------------------------------------------
+
+TEST_F(PropctlTest, SetDryRunPrintsTheNewTextAndChangesNothing) {
+  const std::string text = "#server\nport = 8080\n# comment\nname=demo\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"set", "--dry-run", file, "port", "9090"}), 0,
+                  "#server\nname=demo\nport=9090\n", ""));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetDryRunMakesNoMissingFile) {
+  EXPECT_TRUE(Ran(Run({"set", "--dry-run", Path("new.ini"), "s", "k", "v"}), 0,
+                  "[s]\nk=v\n\n", ""));
+  EXPECT_FALSE(test_support::FileExists(Path("new.ini")));
+}
+
+TEST_F(PropctlTest, SetDryRunRefusesWhatSetRefuses) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--dry-run", file, "a=b", "v"}), 2, "",
+                  "propctl: the entry 'a=b' = 'v' would not read back as "
+                  "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+// del ----------------------------------------------------------------------
+
+TEST_F(PropctlTest, DelRemovesFlatKeyAndKeepsTheHeader) {
+  const std::string file =
+      Write("f.properties", "#server\nport = 8080\n# comment\nname=demo\n");
+  EXPECT_TRUE(Ran(Run({"del", file, "port"}), 0, "", ""));
+  EXPECT_EQ("#server\nname=demo\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelRemovesKeyOfSectionAndKeepsTheEmptySection) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", file, "panel", "width"}), 0, "", ""));
+  EXPECT_EQ("[panel]\n\n[window]\nwidth=1024\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, DelRemovesWholeSectionOfIniFile) {
+  const std::string file = Write("f.ini", ";ui\n" + std::string(kIni));
+  EXPECT_TRUE(Ran(Run({"del", file, "window"}), 0, "", ""));
+  EXPECT_EQ(";ui\n[panel]\nwidth=240\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, UnsetRemovesKeyAsDelDoes) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"unset", file, "name"}), 0, "", ""));
+  EXPECT_EQ("port=8080\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelWithHeaderOptionWritesThatHeader) {
+  const std::string file = Write("f.properties", "#old\na=1\nb=2\n");
+  EXPECT_TRUE(Ran(Run({"del", "--header", "new", file, "a"}), 0, "", ""));
+  EXPECT_EQ("#new\nb=2\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelOfAbsentKeyExitsOneAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"del", file, "comment"}), 1, "", ""));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelOfAbsentSectionExitsOneAndLeavesFileUnchanged) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", file, "missing"}), 1, "", ""));
+  EXPECT_TRUE(Ran(Run({"del", file, "missing", "width"}), 1, "", ""));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, DelOfMissingFileExitsTwoAndMakesNoFile) {
+  const std::string file = Path("missing.properties");
+  EXPECT_TRUE(Ran(Run({"del", file, "a"}), 2, "",
+                  "propctl: " + file + ": No such file or directory\n"));
+  EXPECT_FALSE(test_support::FileExists(file));
+}
+
+TEST_F(PropctlTest, DelRefusesFileWithLongLineUnderTheLimit) {
+  const std::string text = "a=1\n" + LineOfLength(600) + "\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"del", file, "a"}, {kLimit}), 2, "",
+                  "propctl: " + file +
+                      ":2: line of 600 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelDryRunPrintsTheNewTextAndChangesNothing) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", "--dry-run", file, "window", "width"}), 0,
+                  "[panel]\nwidth=240\n\n[window]\n\n", ""));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, DelOfFlatFileNeedsKey) {
+  EXPECT_TRUE(Ran(Run({"del", Write("f.properties", kFlat)}), 2, "",
+                  "propctl del: missing KEY; try 'propctl help del'\n"));
+}
+
+TEST_F(PropctlTest, DelOfIniFileTakesAtMostSectionAndKey) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", file, "a", "b", "c"}), 2, "",
+                  "propctl del: too many operands; try 'propctl help del'\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+// sections -----------------------------------------------------------------
+
+TEST_F(PropctlTest, SectionsPrintsNamesInByteOrderWithEmptyOnes) {
+  const std::string file = Write("f.ini", "[b]\nk=1\n[a]\n[]\nx=1\n");
+  EXPECT_TRUE(Ran(Run({"sections", file}), 0, "a\nb\n", ""));
+}
+
+TEST_F(PropctlTest, SectionsOfFlatFileExitsTwo) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"sections", file}), 2, "",
+                  "propctl: " + file +
+                      ": a flat file has no sections (--ini reads it as "
+                      "INI)\n"));
+}
+
+// --json -------------------------------------------------------------------
+
+TEST_F(PropctlTest, GetJsonPrintsKeyAndValue) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"get", "--json", file, "port"}), 0,
+                  "{\"key\":\"port\",\"value\":\"8080\"}\n", ""));
+}
+
+TEST_F(PropctlTest, GetJsonOfIniFilePrintsSectionToo) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(
+      Ran(Run({"get", "--json", file, "panel", "width"}), 0,
+          "{\"section\":\"panel\",\"key\":\"width\",\"value\":\"240\"}\n", ""));
+}
+
+TEST_F(PropctlTest, GetJsonOfAbsentKeyPrintsNothingAndExitsOne) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"get", "--json", file, "nope"}), 1, "", ""));
+}
+
+TEST_F(PropctlTest, ListJsonOfFlatFileIsOneObject) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0,
+                  "{\"name\":\"demo\",\"port\":\"8080\"}\n", ""));
+}
+
+TEST_F(PropctlTest, ListJsonOfIniFileIsObjectOfSections) {
+  const std::string file = Write("f.ini", kIni + std::string("[empty]\n"));
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0,
+                  "{\"empty\":{},\"panel\":{\"width\":\"240\"},"
+                  "\"window\":{\"width\":\"1024\"}}\n",
+                  ""));
+}
+
+TEST_F(PropctlTest, ListJsonOfEmptyFileIsEmptyObject) {
+  const std::string file = Write("f.properties", "");
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0, "{}\n", ""));
+}
+
+TEST_F(PropctlTest, JsonEscapesQuotesBackslashesAndControlBytes) {
+  const std::string file = Write("f.properties", "k=a\"b\\c\x01\td\x7f\n");
+  EXPECT_TRUE(Ran(
+      Run({"get", "--json", file, "k"}), 0,
+      "{\"key\":\"k\",\"value\":\"a\\\"b\\\\c\\u0001\\u0009d\\u007f\"}\n", ""));
+}
+
+TEST_F(PropctlTest, JsonPassesValidUtf8AndEscapesOtherHighBytes) {
+  // e-acute, the euro sign and U+1F600 pass; a lone 0xFF, an overlong
+  // "/" (C0 AF) and a surrogate (ED A0 80) are escaped byte by byte.
+  const std::string file =
+      Write("f.properties",
+            "k=\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xFF\xC0\xAF\xED\xA0\x80\n");
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0,
+                  "{\"k\":\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\\u00ff"
+                  "\\u00c0\\u00af\\u00ed\\u00a0\\u0080\"}\n",
+                  ""));
+}
+
+TEST_F(PropctlTest, JsonBelongsToGetAndList) {
+  EXPECT_TRUE(Ran(Run({"check", "--json", Path("f.properties")}), 2, "",
+                  "propctl check: option '--json' belongs to 'get' and "
+                  "'list'; try 'propctl help check'\n"));
+}
+
+TEST_F(PropctlTest, DryRunBelongsToSetAndDel) {
+  EXPECT_TRUE(Ran(Run({"get", "--dry-run", Path("f.properties"), "k"}), 2, "",
+                  "propctl get: option '--dry-run' belongs to 'set' and "
+                  "'del'; try 'propctl help get'\n"));
+}
+
+// Standard input -----------------------------------------------------------
+
+TEST_F(PropctlTest, GetReadsStandardInputAsFlatFile) {
+  EXPECT_TRUE(Ran(RunWithInput({"get", "-", "port"}, kFlat), 0, "8080\n", ""));
+}
+
+TEST_F(PropctlTest, IniOptionReadsStandardInputAsIni) {
+  EXPECT_TRUE(Ran(RunWithInput({"--ini", "get", "-", "panel", "width"}, kIni),
+                  0, "240\n", ""));
+}
+
+TEST_F(PropctlTest, ListGuessesFormatOfStandardInputFromItsContent) {
+  EXPECT_TRUE(Ran(RunWithInput({"list", "-"}, "[s]\nk=v\n"), 0, "[s]\nk=v\n\n",
+                  "propctl: -" + std::string(kGuessedIni)));
+}
+
+TEST_F(PropctlTest, SectionsReadsStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"--ini", "sections", "-"}, kIni), 0,
+                  "panel\nwindow\n", ""));
+}
+
+TEST_F(PropctlTest, CheckReadsStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"check", "-"}, "a=1\na=2\n"), 1,
+                  "-:2: key 'a' repeats line 1: the last value wins\n", ""));
+}
+
+TEST_F(PropctlTest, SetRefusesStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"set", "-", "k", "v"}, ""), 2, "",
+                  "propctl set: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help set'\n"));
+}
+
+TEST_F(PropctlTest, DelRefusesStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"--flat", "del", "-", "k"}, "k=v\n"), 2, "",
+                  "propctl del: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help del'\n"));
+}
+
+TEST_F(PropctlTest, WatchRefusesStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"watch", "-"}, ""), 2, "",
+                  "propctl watch: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help "
+                  "watch'\n"));
+}
+
 // list ---------------------------------------------------------------------
 
 TEST_F(PropctlTest, ListPrintsFlatEntriesInKeyOrder) {
@@ -714,7 +960,8 @@ TEST_F(PropctlTest, CheckOfMissingFileExitsTwo) {
 // help and usage -----------------------------------------------------------
 
 TEST_F(PropctlTest, EveryFormOfHelpPrintsTheSameTextAndExitsZero) {
-  for (const std::string command : {"get", "set", "list", "check", "help"}) {
+  for (const std::string command :
+       {"get", "set", "del", "list", "sections", "check", "help"}) {
     const ProgramResult help = Run({"help", command});
     EXPECT_EQ(0, help.status);
     EXPECT_EQ("Usage: propctl " + command,
@@ -730,6 +977,21 @@ TEST_F(PropctlTest, ToolHelpIsPrintedByOptionAndCommand) {
       "...",
       help.out.substr(0, help.out.find('\n')));
   EXPECT_TRUE(Ran(Run({"help"}), 0, help.out, ""));
+}
+
+TEST_F(PropctlTest, UnsetHelpIsDelHelp) {
+  const ProgramResult help = Run({"help", "del"});
+  EXPECT_TRUE(Ran(Run({"help", "unset"}), 0, help.out, ""));
+}
+
+TEST_F(PropctlTest, ShortHelpOptionIsHelpOption) {
+  EXPECT_TRUE(Ran(Run({"-h"}), 0, Run({"--help"}).out, ""));
+  EXPECT_TRUE(Ran(Run({"set", "-h"}), 0, Run({"help", "set"}).out, ""));
+}
+
+TEST_F(PropctlTest, VersionPrintsNameAndProjectVersion) {
+  EXPECT_TRUE(
+      Ran(Run({"--version"}), 0, "propctl " PROPERTIES_VERSION "\n", ""));
 }
 
 TEST_F(PropctlTest, NoArgumentsExitsTwoWithHint) {

@@ -41,8 +41,10 @@
 #include "PropertyFile.h"
 #include "PropertyFileLock.h"
 #include "PropertySafety.h"
+#include "PropertyTextBuffer.h"
 #include "StringProperty.h"
 #include "propctl/FileCheck.h"
+#include "propctl/Json.h"
 
 // The tool reports every problem itself; the library's log lines (in a build
 // that logs to standard error) would only mix into its output. The tool is
@@ -76,6 +78,9 @@ struct Invocation {
   std::optional<std::string> type;    // --type
   std::optional<std::string> header;  // --header
   bool once = false;                  // --once
+  bool json = false;                  // --json
+  bool dryRun = false;                // --dry-run
+  bool version = false;               // --version
   std::vector<std::string> operands;
 };
 
@@ -85,7 +90,8 @@ struct Target {
   FileFormat format = FileFormat::kFlat;
   std::string section;  // INI files only.
   std::string key;
-  std::string value;  // set only.
+  std::string value;          // set only.
+  bool wholeSection = false;  // del of an INI section.
 };
 
 // A --type argument: the library's type name and a text that the type
@@ -102,6 +108,10 @@ bool EndsWith(const std::string& text, const std::string& end) {
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 
+// The FILE operand that names standard input, for the commands that only
+// read.
+const char kStandardInput[] = "-";
+
 // ---------------------------------------------------------------- help --
 
 const char kToolHelp[] =
@@ -111,11 +121,18 @@ const char kToolHelp[] =
     "reads and writes them.\n"
     "\n"
     "Commands:\n"
-    "  get FILE [SECTION] KEY        print the value of KEY\n"
-    "  set [--type TYPE] [--header TEXT] FILE [SECTION] KEY VALUE\n"
+    "  get [--json] FILE [SECTION] KEY\n"
+    "                                print the value of KEY\n"
+    "  set [--type TYPE] [--header TEXT] [--dry-run] FILE [SECTION] KEY "
+    "VALUE\n"
     "                                check VALUE as TYPE and store it\n"
-    "  list FILE                     print the entries as the library reads "
+    "  del [--header TEXT] [--dry-run] FILE [SECTION] KEY\n"
+    "  del [--header TEXT] [--dry-run] FILE SECTION\n"
+    "                                remove KEY, or a whole INI SECTION\n"
+    "                                (unset is the same command)\n"
+    "  list [--json] FILE            print the entries as the library reads "
     "them\n"
+    "  sections FILE                 print the section names of an INI file\n"
     "  check FILE                    report lines the library reads "
     "differently\n"
     "                                from what they seem to say\n"
@@ -126,7 +143,10 @@ const char kToolHelp[] =
     "Options:\n"
     "  --flat   FILE is a flat key=value file\n"
     "  --ini    FILE is a sectioned INI file (SECTION is then required)\n"
-    "  --help   show the help of the command given, or this help\n"
+    "  --help, -h  show the help of the command given, or this help\n"
+    "  --version   print \"propctl\" and its version\n"
+    "FILE \"-\" is standard input, for get, list, sections and check (its\n"
+    "format is then --flat, --ini or guessed from its content as below).\n"
     "Without --flat or --ini, a FILE whose name ends in \".ini\" is an INI\n"
     "file and one ending in \".properties\" a flat file; any other FILE is\n"
     "read as INI if its first line that is neither blank nor a comment is a\n"
@@ -146,15 +166,21 @@ const char kToolHelp[] =
     "                                  (the default, unless the library was\n"
     "                                  built to read long lines)\n"
     "\n"
-    "Exit status: 0 success; 1 no such entry (get) or warnings (check);\n"
+    "Exit status: 0 success; 1 no such entry (get, del) or warnings (check);\n"
     "2 usage error, rejected value, or a file that cannot be read or "
     "written.\n";
 
 const char kGetHelp[] =
-    "Usage: propctl get [--flat | --ini] FILE [SECTION] KEY\n"
+    "Usage: propctl get [--flat | --ini] [--json] FILE [SECTION] KEY\n"
     "\n"
     "Prints the value of KEY (in an INI file: of KEY in SECTION) as the\n"
-    "library reads it, followed by a line feed.\n"
+    "library reads it, followed by a line feed. FILE may be \"-\" for\n"
+    "standard input.\n"
+    "\n"
+    "Options:\n"
+    "  --json   print one line {\"key\":\"KEY\",\"value\":\"VALUE\"} instead\n"
+    "           (INI: {\"section\":\"SECTION\",\"key\":...}); see propctl(1)\n"
+    "           for how bytes are escaped\n"
     "\n"
     "Exit status: 0 printed; 1 no such entry (nothing is printed); 2 usage\n"
     "error, or FILE cannot be read (missing, not a regular file, or holding\n"
@@ -163,7 +189,7 @@ const char kGetHelp[] =
 
 const char kSetHelp[] =
     "Usage: propctl set [--flat | --ini] [--type TYPE] [--header TEXT]\n"
-    "                   FILE [SECTION] KEY VALUE\n"
+    "                   [--dry-run] FILE [SECTION] KEY VALUE\n"
     "\n"
     "Checks VALUE with the library's value type TYPE and stores it under KEY\n"
     "(in an INI file: in SECTION, which is created if needed) through a\n"
@@ -183,6 +209,8 @@ const char kSetHelp[] =
     "                  (default: the file's first line, if it is a comment\n"
     "                  line: \"#...\" in a flat file, \";...\" in an INI "
     "file)\n"
+    "  --dry-run       print the text the file would be rewritten to, after\n"
+    "                  every check, and change nothing\n"
     "\n"
     "A value the type rejects is reported with the library's message, for\n"
     "example \"Property 'port' can only contain 'an integer value'\", and the\n"
@@ -196,14 +224,55 @@ const char kSetHelp[] =
     "cannot be read or written (FILE is left as it was, unless the library's\n"
     "own rewrite of it failed).\n";
 
+const char kDelHelp[] =
+    "Usage: propctl del [--flat | --ini] [--header TEXT] [--dry-run]\n"
+    "                   FILE [SECTION] KEY\n"
+    "       propctl del [--ini] [--header TEXT] [--dry-run] FILE SECTION\n"
+    "\n"
+    "Removes KEY from FILE (in an INI file: from SECTION, which stays, even\n"
+    "if it is then empty), or with SECTION alone a whole section of an INI\n"
+    "file. \"unset\" is the same command. The file is read, the entry taken\n"
+    "out and the file rewritten by the library's reader and writer, under\n"
+    "the same file locks as set: other entries and sections are kept, as is\n"
+    "a first comment line (see --header); other comments, blank lines,\n"
+    "quotes and order are not. FILE must exist.\n"
+    "\n"
+    "Options:\n"
+    "  --header TEXT   as for set: the comment line the rewritten file\n"
+    "                  starts with, \"\" for none (default: the file's own)\n"
+    "  --dry-run       print the text the file would be rewritten to, and\n"
+    "                  change nothing\n"
+    "\n"
+    "Exit status: 0 removed (or printed); 1 no such entry or section, and\n"
+    "nothing written or printed; 2 usage error, or FILE cannot be read or\n"
+    "written (FILE is then left as it was).\n";
+
+const char kSectionsHelp[] =
+    "Usage: propctl sections [--flat | --ini] FILE\n"
+    "\n"
+    "Prints the name of every section of an INI file as the library reads\n"
+    "it, one per line, in byte order (empty sections too). FILE may be \"-\"\n"
+    "for standard input.\n"
+    "\n"
+    "Exit status: 0 printed; 2 usage error, FILE is a flat file, or FILE\n"
+    "cannot be read (as for get).\n";
+
 const char kListHelp[] =
-    "Usage: propctl list [--flat | --ini] FILE\n"
+    "Usage: propctl list [--flat | --ini] [--json] FILE\n"
     "\n"
     "Prints the entries of FILE as the library reads them, in the form and\n"
     "order its writer uses (without a header comment): a flat file as\n"
     "key=value lines in byte order of the keys; an INI file as each section's\n"
     "[name] line, its key=value lines and an empty line, sections in byte\n"
-    "order. Comments, dropped and repeated entries do not appear.\n"
+    "order. Comments, dropped and repeated entries do not appear. FILE may\n"
+    "be \"-\" for standard input.\n"
+    "\n"
+    "Options:\n"
+    "  --json   print one line instead: a flat file as "
+    "{\"KEY\":\"VALUE\",...},\n"
+    "           an INI file as {\"SECTION\":{\"KEY\":\"VALUE\",...},...}, in "
+    "the\n"
+    "           same order; see propctl(1) for how bytes are escaped\n"
     "\n"
     "Exit status: 0 printed; 2 usage error, or FILE cannot be read (as for\n"
     "get).\n";
@@ -223,7 +292,8 @@ const char kCheckHelp[] =
     "the first section or under an empty section name (dropped), repeated\n"
     "sections (the last one replaces the earlier ones), header lines without\n"
     "']' and text after a header's ']'.\n"
-    "FILE is read as raw lines; the library's reader is not run on it.\n"
+    "FILE is read as raw lines; the library's reader is not run on it. FILE\n"
+    "may be \"-\" for standard input.\n"
     "\n"
     "Exit status: 0 no warnings; 1 warnings; 2 usage error, or FILE cannot\n"
     "be read.\n";
@@ -248,8 +318,8 @@ const char kWatchHelp[] =
 const char kHelpHelp[] =
     "Usage: propctl help [COMMAND]\n"
     "\n"
-    "Shows the help of COMMAND (get, set, list, check, watch, help), or of\n"
-    "propctl.\n"
+    "Shows the help of COMMAND (get, set, del, unset, list, sections, check,\n"
+    "watch, help), or of propctl.\n"
     "\n"
     "Exit status: 0; 2 for an unknown COMMAND.\n";
 
@@ -270,12 +340,19 @@ void TakeOption(const std::vector<std::string>& args, size_t& i,
     throw UsageError{invocation.command, "option " + Quoted(name) + problem};
   };
   if (name == "--flat" || name == "--ini" || name == "--help" ||
-      name == "--once") {
+      name == "--once" || name == "--json" || name == "--dry-run" ||
+      name == "--version") {
     if (equals != std::string::npos) fail(" takes no argument");
     if (name == "--help") {
       invocation.help = true;
     } else if (name == "--once") {
       invocation.once = true;
+    } else if (name == "--json") {
+      invocation.json = true;
+    } else if (name == "--dry-run") {
+      invocation.dryRun = true;
+    } else if (name == "--version") {
+      invocation.version = true;
     } else {
       invocation.format =
           name == "--ini" ? FileFormat::kIni : FileFormat::kFlat;
@@ -300,6 +377,8 @@ Invocation ParseCommandLine(const std::vector<std::string>& args) {
       optionsEnded = true;
     } else if (!optionsEnded && IsOption(args[i])) {
       TakeOption(args, i, invocation);
+    } else if (!optionsEnded && args[i] == "-h") {
+      invocation.help = true;
     } else if (!haveCommand) {
       invocation.command = args[i];
       haveCommand = true;
@@ -378,12 +457,30 @@ std::string SystemError(const std::string& path) {
   return path + ": " + std::strerror(errno);
 }
 
+// All of standard input, read once: a command may look at it twice, to
+// guess its format and to read it.
+const std::string& StandardInput() {
+  static const std::string text = [] {
+    std::string read;
+    char buffer[65536];
+    ssize_t got;
+    while ((got = ::read(STDIN_FILENO, buffer, sizeof buffer)) != 0) {
+      if (got < 0 && errno == EINTR) continue;
+      if (got < 0) throw Failure{SystemError(kStandardInput)};
+      read.append(buffer, static_cast<size_t>(got));
+    }
+    return read;
+  }();
+  return text;
+}
+
 // The whole content of the regular file at path (symbolic links followed),
 // read under the file's shared lock as the library reads it, so that a
 // rewrite by another program is never seen half done. Throws Failure if it
 // cannot be read. Other kinds of files are refused: a device can read
 // without end, and opening a FIFO can wait for ever.
 std::string ReadRegularFile(const std::string& path) {
+  if (path == kStandardInput) return StandardInput();
   PropertyFileLock lock;
   if (!lock.Acquire(path, PropertyFileLock::kShared, O_RDONLY | O_NONBLOCK)) {
     throw Failure{SystemError(path)};
@@ -406,13 +503,12 @@ std::string ReadRegularFile(const std::string& path) {
   return text;
 }
 
-// ReadRegularFile, refusing a file that the library's reader would never
-// return on: one with a line of 512 or more characters, unless long lines
-// are on (LIBPROPERTIES_LONG_LINES=read, or a library built to read them),
-// when the library reads such a line whole.
-std::string ReadPropertyFile(const std::string& path) {
-  const std::string text = ReadRegularFile(path);
-  if (PropertySafety::LongLines()) return text;
+// Throws Failure if text, the content of the file at path, is one the
+// library's reader would never return on: one with a line of 512 or more
+// characters, unless long lines are on (LIBPROPERTIES_LONG_LINES=read, or a
+// library built to read them), when the library reads such a line whole.
+void RequireReadableText(const std::string& path, const std::string& text) {
+  if (PropertySafety::LongLines()) return;
   size_t length = 0;
   if (const int line = FindUnreadableLine(text, length)) {
     throw Failure{path + ":" + std::to_string(line) + ": line of " +
@@ -420,6 +516,13 @@ std::string ReadPropertyFile(const std::string& path) {
                   " characters; the library cannot read this file (see "
                   "'propctl check')"};
   }
+}
+
+// ReadRegularFile, refusing a file that the library's reader would never
+// return on.
+std::string ReadPropertyFile(const std::string& path) {
+  const std::string text = ReadRegularFile(path);
+  RequireReadableText(path, text);
   return text;
 }
 
@@ -461,6 +564,30 @@ std::string HeaderFor(const Invocation& invocation, const std::string& text,
 
 // ------------------------------------------------------ library access --
 
+// The library's tables, opened to propctl, which shows them whole and
+// removes entries from them.
+class FlatTable : public JavaProperties {
+ public:
+  const std::map<std::string, std::string>& Entries() const {
+    return m_entries;
+  }
+  bool Remove(const std::string& key) { return m_entries.erase(key) != 0; }
+};
+class IniTable : public IniProperties {
+ public:
+  const std::map<std::string, std::map<std::string, std::string>>& Sections()
+      const {
+    return m_sections;
+  }
+  bool RemoveSection(const std::string& section) {
+    return m_sections.erase(section) != 0;
+  }
+  bool Remove(const std::string& section, const std::string& key) {
+    const auto found = m_sections.find(section);
+    return found != m_sections.end() && found->second.erase(key) != 0;
+  }
+};
+
 // The library's table of one file format: read, looked up and written with
 // JavaProperties or IniProperties.
 class FileStore {
@@ -490,16 +617,25 @@ class FileStore {
       m_flat.SetProperty(target.key, value);
     }
   }
+  // Removes target's entry, or in an INI file with no key the whole
+  // section; false if there is none.
+  bool Remove(const Target& target) {
+    if (m_format == FileFormat::kFlat) return m_flat.Remove(target.key);
+    return target.wholeSection ? m_ini.RemoveSection(target.section)
+                               : m_ini.Remove(target.section, target.key);
+  }
   // What the library's writer writes for the table.
   std::string Text(const std::string& header) const {
     return m_format == FileFormat::kIni ? m_ini.ToText(header)
                                         : m_flat.ToText(header);
   }
+  const FlatTable& Flat() const { return m_flat; }
+  const IniTable& Ini() const { return m_ini; }
 
  private:
   FileFormat m_format;
-  JavaProperties m_flat;
-  IniProperties m_ini;
+  FlatTable m_flat;
+  IniTable m_ini;
 };
 
 FileStore ReadStore(const Target& target) {
@@ -613,22 +749,51 @@ void StoreThroughBinding(const Target& target, const ValueType& type,
 
 // ------------------------------------------------------------ commands --
 
+// Throws a usage error if path names standard input: command writes or
+// watches its FILE.
+void RequireNamedFile(const Invocation& invocation, const std::string& path) {
+  if (path == kStandardInput) {
+    throw UsageError{invocation.command,
+                     "FILE '-' (standard input) is only read by get, list, "
+                     "sections and check"};
+  }
+}
+
 int RunGet(const Invocation& invocation) {
   const Target target = TakeOperands(invocation, {"SECTION", "KEY"});
   std::string value;
   if (!ReadStore(target).Get(target, value)) return kNegative;
-  std::cout << value << '\n';
+  if (!invocation.json) {
+    std::cout << value << '\n';
+    return kSuccess;
+  }
+  std::cout << '{';
+  if (target.format == FileFormat::kIni) {
+    std::cout << "\"section\":" << JsonString(target.section) << ',';
+  }
+  std::cout << "\"key\":" << JsonString(target.key)
+            << ",\"value\":" << JsonString(value) << "}\n";
   return kSuccess;
 }
 
 int RunSet(const Invocation& invocation) {
   const Target target = TakeOperands(invocation, {"SECTION", "KEY", "VALUE"});
+  RequireNamedFile(invocation, target.path);
   const ValueType type = TypeOf(invocation);
   RequireHeader(invocation);
   const std::string stored = StoredText(target, type);
   RequireReadBack(target, stored);
   const std::string text = RequireBindable(target.path);
-  StoreThroughBinding(target, type, HeaderFor(invocation, text, target.format));
+  const std::string header = HeaderFor(invocation, text, target.format);
+  if (invocation.dryRun) {
+    // What the binding's rewrite makes of the file as it is now.
+    FileStore store(target.format);
+    store.Parse(text);
+    store.Put(target, stored);
+    std::cout << store.Text(header);
+    return kSuccess;
+  }
+  StoreThroughBinding(target, type, header);
   // The library reports no failed write: read the result back.
   std::string written;
   if (!ReadStore(target).Get(target, written) || written != stored) {
@@ -637,9 +802,121 @@ int RunSet(const Invocation& invocation) {
   return kSuccess;
 }
 
+// del FILE KEY, or in an INI file del FILE SECTION [KEY].
+Target TakeDelOperands(const Invocation& invocation) {
+  const std::vector<std::string>& operands = invocation.operands;
+  if (operands.empty() || operands[0].empty()) {
+    return TakeOperands(invocation, {"KEY"});  // Reports the mistake.
+  }
+  const FileFormat format = FormatOf(invocation, operands[0]);
+  Invocation decided = invocation;
+  decided.format = format;
+  if (format == FileFormat::kIni && operands.size() == 2) {
+    Target target = TakeOperands(decided, {"SECTION"});
+    target.wholeSection = true;
+    return target;
+  }
+  return TakeOperands(decided, {"SECTION", "KEY"});
+}
+
+// The number of passes a rewrite makes while other programs keep rewriting
+// the file between its read and its write, as in the library's bindings;
+// the last one writes without comparing.
+const int kMaxPasses = 100;
+
+// Removes target's entry (or INI section) the way the library's bindings
+// rewrite a file: read whole under its shared lock and by the library's
+// reader, written by its writer under the exclusive lock only if no other
+// program rewrote the file meanwhile, or else read again. Returns false,
+// writing nothing, if there is no such entry.
+bool RemoveThroughRewrite(const Invocation& invocation, const Target& target) {
+  for (int pass = 1;; ++pass) {
+    PropertyTextBuffer buffer;
+    PropertyFile::Contents seen;
+    if (PropertyFile::ReadWhole(target.path, buffer, &seen) !=
+        PropertyFile::kReadWhole) {
+      throw Failure{target.path + ": the file cannot be read"};
+    }
+    const std::string text = buffer.Size() == 0
+                                 ? std::string()
+                                 : std::string(buffer.Data(), buffer.Size());
+    RequireReadableText(target.path, text);
+    FileStore store(target.format);
+    store.Parse(text);
+    if (!store.Remove(target)) return false;
+    const std::string written =
+        store.Text(HeaderFor(invocation, text, target.format));
+    if (pass == kMaxPasses) seen = PropertyFile::Contents();
+    const PropertyFile::Result result = PropertyFile::ReplaceIfUnchanged(
+        target.path, seen, written.data(), written.size());
+    if (result == PropertyFile::kWritten) return true;
+    if (result != PropertyFile::kChanged) {
+      throw Failure{target.path + ": the file was not written"};
+    }
+  }
+}
+
+int RunDel(const Invocation& invocation) {
+  const Target target = TakeDelOperands(invocation);
+  RequireNamedFile(invocation, target.path);
+  RequireHeader(invocation);
+  // Nothing is made: a missing file is reported as one.
+  const std::string text = ReadPropertyFile(target.path);
+  if (invocation.dryRun) {
+    FileStore store(target.format);
+    store.Parse(text);
+    if (!store.Remove(target)) return kNegative;
+    std::cout << store.Text(HeaderFor(invocation, text, target.format));
+    return kSuccess;
+  }
+  RequireBindable(target.path);
+  return RemoveThroughRewrite(invocation, target) ? kSuccess : kNegative;
+}
+
 int RunList(const Invocation& invocation) {
   const Target target = TakeOperands(invocation, {});
-  std::cout << ReadStore(target).Text("");
+  const FileStore store = ReadStore(target);
+  if (!invocation.json) {
+    std::cout << store.Text("");
+    return kSuccess;
+  }
+  // Keys, and sections, in the byte order the writer uses.
+  auto printEntries = [](const std::map<std::string, std::string>& entries) {
+    std::cout << '{';
+    const char* separator = "";
+    for (const auto& entry : entries) {
+      std::cout << separator << JsonString(entry.first) << ':'
+                << JsonString(entry.second);
+      separator = ",";
+    }
+    std::cout << '}';
+  };
+  if (target.format == FileFormat::kFlat) {
+    printEntries(store.Flat().Entries());
+  } else {
+    std::cout << '{';
+    const char* separator = "";
+    for (const auto& section : store.Ini().Sections()) {
+      std::cout << separator << JsonString(section.first) << ':';
+      printEntries(section.second);
+      separator = ",";
+    }
+    std::cout << '}';
+  }
+  std::cout << '\n';
+  return kSuccess;
+}
+
+int RunSections(const Invocation& invocation) {
+  const Target target = TakeOperands(invocation, {});
+  if (target.format != FileFormat::kIni) {
+    throw Failure{target.path +
+                  ": a flat file has no sections (--ini reads it as INI)"};
+  }
+  const FileStore store = ReadStore(target);
+  for (const auto& section : store.Ini().Sections()) {
+    std::cout << section.first << '\n';
+  }
   return kSuccess;
 }
 
@@ -659,26 +936,6 @@ int RunCheck(const Invocation& invocation) {
 
 // Every entry of a file, by section ("" in flat files) and key.
 typedef std::map<std::pair<std::string, std::string>, std::string> Entries;
-
-// The library's tables, opened to propctl's watch, which shows them whole.
-class FlatEntries : public JavaProperties {
- public:
-  void CopyTo(Entries& entries) const {
-    for (const auto& entry : m_entries) {
-      entries[{std::string(), entry.first}] = entry.second;
-    }
-  }
-};
-class IniEntries : public IniProperties {
- public:
-  void CopyTo(Entries& entries) const {
-    for (const auto& section : m_sections) {
-      for (const auto& entry : section.second) {
-        entries[{section.first, entry.first}] = entry.second;
-      }
-    }
-  }
-};
 
 // What watch looks at: FILE, and the SECTION and KEYs it is narrowed to.
 struct WatchTarget {
@@ -701,16 +958,19 @@ Entries ReadWatchedEntries(const WatchTarget& target) {
   if (::stat(target.path.c_str(), &status) != 0 && errno == ENOENT) {
     return entries;
   }
-  std::istringstream in(ReadPropertyFile(target.path));
+  FileStore store(target.format);
+  store.Parse(ReadPropertyFile(target.path));
   Entries all;
   if (target.format == FileFormat::kIni) {
-    IniEntries table;
-    table.Load(in);
-    table.CopyTo(all);
+    for (const auto& section : store.Ini().Sections()) {
+      for (const auto& entry : section.second) {
+        all[{section.first, entry.first}] = entry.second;
+      }
+    }
   } else {
-    FlatEntries table;
-    table.Load(in);
-    table.CopyTo(all);
+    for (const auto& entry : store.Flat().Entries()) {
+      all[{std::string(), entry.first}] = entry.second;
+    }
   }
   for (const auto& entry : all) {
     if (target.Wants(entry.first)) entries.insert(entry);
@@ -749,6 +1009,7 @@ int RunWatch(const Invocation& invocation) {
   if (operands.empty()) throw UsageError{invocation.command, "missing FILE"};
   if (operands[0].empty())
     throw UsageError{invocation.command, "FILE is empty"};
+  RequireNamedFile(invocation, operands[0]);
   WatchTarget target;
   target.path = operands[0];
   target.format = FormatOf(invocation, target.path);
@@ -796,8 +1057,10 @@ struct Command {
 
 const Command kCommands[] = {
     {"get", RunGet, kGetHelp},       {"set", RunSet, kSetHelp},
-    {"list", RunList, kListHelp},    {"check", RunCheck, kCheckHelp},
-    {"watch", RunWatch, kWatchHelp}, {"help", RunHelp, kHelpHelp},
+    {"del", RunDel, kDelHelp},       {"unset", RunDel, kDelHelp},
+    {"list", RunList, kListHelp},    {"sections", RunSections, kSectionsHelp},
+    {"check", RunCheck, kCheckHelp}, {"watch", RunWatch, kWatchHelp},
+    {"help", RunHelp, kHelpHelp},
 };
 
 // The command named name, or null.
@@ -822,20 +1085,32 @@ int RunHelp(const Invocation& invocation) {
   return kSuccess;
 }
 
-// --type and --header belong to set only, --once to watch.
+// Each option belongs to the commands it changes.
 void RequireOwnOptions(const Invocation& invocation) {
-  if (invocation.once && invocation.command != "watch") {
-    throw UsageError{invocation.command, "option '--once' belongs to 'watch'"};
-  }
-  if (invocation.command == "set" || (!invocation.type && !invocation.header)) {
-    return;
-  }
-  const std::string name = invocation.type ? "--type" : "--header";
-  throw UsageError{invocation.command,
-                   "option " + Quoted(name) + " belongs to 'set'"};
+  const std::string& command = invocation.command;
+  const bool rewrites =
+      command == "set" || command == "del" || command == "unset";
+  auto require = [&](bool given, bool owned, const std::string& option,
+                     const std::string& owners) {
+    if (given && !owned) {
+      throw UsageError{command,
+                       "option " + Quoted(option) + " belongs to " + owners};
+    }
+  };
+  require(invocation.once, command == "watch", "--once", "'watch'");
+  require(invocation.type.has_value(), command == "set", "--type", "'set'");
+  require(invocation.header.has_value(), rewrites, "--header",
+          "'set' and 'del'");
+  require(invocation.dryRun, rewrites, "--dry-run", "'set' and 'del'");
+  require(invocation.json, command == "get" || command == "list", "--json",
+          "'get' and 'list'");
 }
 
 int Run(const Invocation& invocation) {
+  if (invocation.version) {
+    std::cout << "propctl " << PROPCTL_VERSION << '\n';
+    return kSuccess;
+  }
   if (invocation.command.empty() && invocation.help) {
     std::cout << kToolHelp;
     return kSuccess;
