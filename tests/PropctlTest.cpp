@@ -89,6 +89,22 @@ const char kRead[] = "LIBPROPERTIES_LONG_LINES=read";
 const char kLimit[] = "LIBPROPERTIES_LONG_LINES=limit";
 const char kIni[] = "[window]\nwidth=1024\n\n[panel]\nwidth=240\n";
 
+// The second line of a refused value: what the type accepts.
+const std::string kIntegerForm =
+    "propctl: integer: digits with an optional leading '-', from -2147483648 "
+    "to 2147483647\n";
+const std::string kBooleanForm = "propctl: boolean: true or false\n";
+const std::string kDoubleForm =
+    "propctl: double: an optional sign, digits with an optional '.', and an "
+    "optional exponent (1, -0.5, .5, 2e-3); no inf, nan or hexadecimal form; "
+    "at most 1.79769313486231e308 in size and not so small that it becomes "
+    "0\n";
+const std::string kIpForm =
+    "propctl: ip: an IPv4 address as inet_aton reads it: a.b.c.d, or a.b.c, "
+    "a.b or a whose last part fills the rest (10.1 is 10.0.0.1); parts "
+    "decimal, octal (leading 0) or hexadecimal (0x)\n";
+const std::string kStringForm = "propctl: string: any text without '#'\n";
+
 // get ----------------------------------------------------------------------
 
 TEST_F(PropctlTest, GetPrintsValueOfFlatKey) {
@@ -215,8 +231,11 @@ TEST_F(PropctlTest, GetRefusesDirectory) {
 
 TEST_F(PropctlTest, SetRejectsPlusSignedIntegerAndLeavesFileUnchanged) {
   const std::string file = Write("f.properties", kFlat);
-  EXPECT_TRUE(Ran(Run({"set", "--type", "integer", file, "port", "+5"}), 2, "",
-                  "Property 'port' can only contain 'an integer value'\n"));
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "integer", file, "port", "+5"}), 2, "",
+          "propctl: " + file +
+              ": Property 'port' can only contain 'an integer value'\n" +
+              kIntegerForm));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -314,30 +333,35 @@ TEST_F(PropctlTest, SetTakesNegativeIntegerAsOperand) {
 TEST_F(PropctlTest, SetRejectsHashInStringAndLeavesFileUnchanged) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "name", "a#b"}), 2, "",
-                  "Property values can not contain character \"#\"\n"));
+                  "propctl: " + file +
+                      ": Property values can not contain character \"#\"\n" +
+                      kStringForm));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsKeyTheLibraryRejects) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "a=b#", "v"}), 2, "",
-                  "Property key can not contain characters: '= #'\n"));
+                  "propctl: " + file +
+                      ": Property key can not contain characters: '= #'\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsEntryThatWouldReadBackDifferently) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "name", " x"}), 2, "",
-                  "propctl: the entry 'name' = ' x' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'name' = ' x' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsEmptySectionName) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "", "k", "v"}), 2, "",
-                  "propctl: the entry 'k' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'k' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
@@ -345,8 +369,9 @@ TEST_F(PropctlTest, SetRejectsEntryNeedingLineBeyondLimit) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(510, 'v')}, {kLimit}), 2,
                   "",
-                  "propctl: the entry would need a line of 512 characters; "
-                  "the library reads at most 511\n"));
+                  "propctl: " + file +
+                      ": the entry would need a line of 512 characters; "
+                      "the library reads at most 511\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -361,9 +386,10 @@ TEST_F(PropctlTest, SetRejectsDoubleWrittenBeyondLargestDouble) {
   EXPECT_TRUE(
       Ran(Run({"set", "--type", "double", file, "d", "1.7976931348623157e308"}),
           2, "",
-          "propctl: '1.7976931348623157e308' would be stored as "
-          "'1.79769313486232e+308', which the type refuses when read "
-          "back\n"));
+          "propctl: " + file +
+              ": '1.7976931348623157e308' would be stored as "
+              "'1.79769313486232e+308', which the type refuses when read "
+              "back\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -382,86 +408,122 @@ TEST_F(PropctlTest, SetRefusesFileWithLineTheLibraryNeverReads) {
 TEST_F(PropctlTest, SetRefusesFlatKeyHoldingEqualsAndLeavesFileUnchanged) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "a=b", "v"}), 2, "",
-                  "propctl: the entry 'a=b' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'a=b' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRefusesIniKeyHoldingEqualsAndLeavesFileUnchanged) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "window", "a=b", "v"}), 2, "",
-                  "propctl: the entry 'a=b' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'a=b' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
 TEST_F(PropctlTest, SetRefusesIniKeyThatReadsAsSectionHeader) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "window", "[k", "v"}), 2, "",
-                  "propctl: the entry '[k' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry '[k' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
 TEST_F(PropctlTest, SetRefusesSectionHoldingCommentCharacter) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "a;b", "k", "v"}), 2, "",
-                  "propctl: the entry 'k' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'k' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
 TEST_F(PropctlTest, SetRefusesValueHoldingLineBreak) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "k", "x\ny=z"}), 2, "",
-                  "propctl: the entry 'k' = 'x\ny=z' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'k' = 'x\ny=z' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRefusesKeyHoldingLineBreak) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "a\nb", "v"}), 2, "",
-                  "propctl: the entry 'a\nb' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'a\nb' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsIntegerOutOfRangeAndLeavesFileUnchanged) {
   const std::string file = Write("f.properties", kFlat);
-  EXPECT_TRUE(Ran(Run({"set", "--type", "integer", file, "port", "2147483648"}),
-                  2, "",
-                  "Property 'port' can only contain 'an integer value'\n"));
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "integer", file, "port", "2147483648"}), 2, "",
+          "propctl: " + file +
+              ": Property 'port' can only contain 'an integer value'\n" +
+              kIntegerForm));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsBooleanOtherThanTrueOrFalse) {
   const std::string file = Write("f.ini", kIni);
-  EXPECT_TRUE(
-      Ran(Run({"set", "--type", "boolean", file, "window", "on", "yes"}), 2, "",
-          "Property 'on' can only contain 'true or false'\n"));
+  EXPECT_TRUE(Ran(
+      Run({"set", "--type", "boolean", file, "window", "on", "yes"}), 2, "",
+      "propctl: " + file +
+          ": Property 'on' can only contain 'true or false'\n" + kBooleanForm));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
 TEST_F(PropctlTest, SetRejectsTextThatIsNoDouble) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", "--type", "double", file, "d", "1,5"}), 2, "",
-                  "Property 'd' can only contain 'a double value'\n"));
+                  "propctl: " + file +
+                      ": Property 'd' can only contain 'a double value'\n" +
+                      kDoubleForm));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsTextThatIsNoIpAddress) {
   const std::string file = Write("f.properties", kFlat);
-  EXPECT_TRUE(Ran(Run({"set", "--type", "ip", file, "addr", "10.0.0.256"}), 2,
-                  "", "Property 'addr' can only contain 'an ip address'\n"));
+  EXPECT_TRUE(Ran(
+      Run({"set", "--type", "ip", file, "addr", "10.0.0.256"}), 2, "",
+      "propctl: " + file +
+          ": Property 'addr' can only contain 'an ip address'\n" + kIpForm));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsValueOutsideTheList) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", "--type", "list:a|b|c", file, "l", "3"}), 2, "",
-                  "Property 'l' can only contain 'a value of the list or a "
-                  "number of the selected element'\n"));
+                  "propctl: " + file +
+                      ": Property 'l' can only contain 'a value of the list "
+                      "or a number of the selected element'\n"
+                      "propctl: list: one of a (0), b (1), c (2)\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsValueOfListWithItsElementsAndPositions) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "list:debug||info|error", file, "s", "level",
+               "warn"}),
+          2, "",
+          "propctl: " + file +
+              ": Property 'level' can only contain 'a value of the list or "
+              "a number of the selected element'\n"
+              "propctl: list: one of debug (0), info (1), error (2)\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesListTypeWithoutElements) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "list:|", file, "k", "0"}), 2, "",
+                  "propctl set: the list type needs at least one element; "
+                  "try 'propctl help set'\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -547,8 +609,9 @@ TEST_F(PropctlTest, SetRefusesEntryOfLongLineUnderTheLimit) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(600, 'v')}, {kLimit}), 2,
                   "",
-                  "propctl: the entry would need a line of 602 characters; "
-                  "the library reads at most 511\n"));
+                  "propctl: " + file +
+                      ": the entry would need a line of 602 characters; "
+                      "the library reads at most 511\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -617,8 +680,9 @@ TEST_F(PropctlTest, SetDryRunMakesNoMissingFile) {
 TEST_F(PropctlTest, SetDryRunRefusesWhatSetRefuses) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", "--dry-run", file, "a=b", "v"}), 2, "",
-                  "propctl: the entry 'a=b' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'a=b' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 

@@ -99,6 +99,8 @@ struct Target {
 struct ValueType {
   const char* typeName;
   std::string initial;
+  std::string name;  // As --type names it ("list" for every list).
+  std::string form;  // What the type accepts, for a refused value.
 };
 
 bool EndsWith(const std::string& text, const std::string& end) {
@@ -212,9 +214,14 @@ const char kSetHelp[] =
     "  --dry-run       print the text the file would be rewritten to, after\n"
     "                  every check, and change nothing\n"
     "\n"
-    "A value the type rejects is reported with the library's message, for\n"
-    "example \"Property 'port' can only contain 'an integer value'\", and the\n"
-    "file is left unchanged. So is an entry that the file would read back\n"
+    "A value the type rejects is reported with the library's message and a\n"
+    "line that tells what the type accepts, for example\n"
+    "  propctl: FILE: Property 'port' can only contain 'an integer value'\n"
+    "  propctl: integer: digits with an optional leading '-', from\n"
+    "  -2147483648 to 2147483647\n"
+    "(for a list: its elements and their positions), and no byte of the\n"
+    "file is changed: every check is made before anything is written. So\n"
+    "it is for an entry that the file would read back\n"
     "differently (keys and values are written verbatim: blanks at either\n"
     "end, a leading '\"', a comment character, or a line longer than 511\n"
     "characters do not survive; with LIBPROPERTIES_LONG_LINES=read a longer\n"
@@ -648,13 +655,55 @@ ValueType TypeOf(const Invocation& invocation) {
   const std::string name = invocation.type.value_or("string");
   const std::string listPrefix = "list:";
   if (name.compare(0, listPrefix.size(), listPrefix) == 0) {
-    return ValueType{ListProperty::kTypeName, name.substr(listPrefix.size())};
+    const std::string choices = name.substr(listPrefix.size());
+    // Split as the list type splits them: empty pieces are dropped.
+    std::string form;
+    size_t position = 0;
+    for (size_t start = 0; start < choices.size();) {
+      size_t end = choices.find('|', start);
+      if (end == std::string::npos) end = choices.size();
+      if (end > start) {
+        form += (position == 0 ? "one of " : ", ") +
+                choices.substr(start, end - start) + " (" +
+                std::to_string(position) + ")";
+        ++position;
+      }
+      start = end + 1;
+    }
+    // A list without elements takes no value at all.
+    if (position == 0) {
+      throw UsageError{invocation.command,
+                       "the list type needs at least one element"};
+    }
+    return ValueType{ListProperty::kTypeName, choices, "list", form};
   }
-  if (name == "boolean") return ValueType{BooleanProperty::kTypeName, "false"};
-  if (name == "integer") return ValueType{IntegerProperty::kTypeName, "0"};
-  if (name == "double") return ValueType{DoubleProperty::kTypeName, "0"};
-  if (name == "string") return ValueType{StringProperty::kTypeName, ""};
-  if (name == "ip") return ValueType{IpAddrProperty::kTypeName, "0.0.0.0"};
+  if (name == "boolean") {
+    return ValueType{BooleanProperty::kTypeName, "false", name,
+                     "true or false"};
+  }
+  if (name == "integer") {
+    return ValueType{IntegerProperty::kTypeName, "0", name,
+                     "digits with an optional leading '-', from -2147483648 "
+                     "to 2147483647"};
+  }
+  if (name == "double") {
+    return ValueType{DoubleProperty::kTypeName, "0", name,
+                     "an optional sign, digits with an optional '.', and an "
+                     "optional exponent (1, -0.5, .5, 2e-3); no inf, nan or "
+                     "hexadecimal form; at most 1.79769313486231e308 in size "
+                     "and not so small that it becomes 0"};
+  }
+  if (name == "string") {
+    return ValueType{StringProperty::kTypeName, "", name,
+                     "any text without '#'"};
+  }
+  if (name == "ip") {
+    return ValueType{IpAddrProperty::kTypeName, "0.0.0.0", name,
+                     "an IPv4 address as inet_aton reads it: a.b.c.d, or "
+                     "a.b.c, a.b or a whose last part fills the rest (10.1 "
+                     "is 10.0.0.1); parts decimal, octal (leading 0) or "
+                     "hexadecimal (0x)"};
+  }
   throw UsageError{invocation.command, "unknown type " + Quoted(name)};
 }
 
@@ -675,18 +724,31 @@ std::unique_ptr<Property> NewProperty(const Target& target,
 
 // The text the library stores for target.value. The value is tried on a
 // property of its own first, so that a rejected value never reaches the
-// file. Throws Property::WrongValue if the type rejects it.
+// file. Throws Failure, with the library's message, if the library rejects
+// the key or the type the value; for a value, a second line tells what the
+// type accepts.
 std::string StoredText(const Target& target, const ValueType& type) {
-  std::unique_ptr<Property> property = NewProperty(target, type);
-  property->SetValue(target.value);
+  std::unique_ptr<Property> property;
+  try {
+    property = NewProperty(target, type);
+  } catch (const Property::WrongValue& rejection) {
+    throw Failure{target.path + ": " + rejection.m_message};
+  }
+  try {
+    property->SetValue(target.value);
+  } catch (const Property::WrongValue& rejection) {
+    throw Failure{target.path + ": " + rejection.m_message +
+                  "\npropctl: " + type.name + ": " + type.form};
+  }
   const std::string stored = property->GetValue();
   try {
     // A double near the largest one is written rounded up, to a text that
     // its own type then refuses when the file is read.
     property->SetValue(stored);
   } catch (const Property::WrongValue&) {
-    throw Failure{Quoted(target.value) + " would be stored as " +
-                  Quoted(stored) + ", which the type refuses when read back"};
+    throw Failure{target.path + ": " + Quoted(target.value) +
+                  " would be stored as " + Quoted(stored) +
+                  ", which the type refuses when read back"};
   }
   return stored;
 }
@@ -700,7 +762,8 @@ void RequireReadBack(const Target& target, const std::string& stored) {
   const std::string text = written.Text("");
   size_t length = 0;
   if (!PropertySafety::LongLines() && FindUnreadableLine(text, length) != 0) {
-    throw Failure{"the entry would need a line of " + std::to_string(length) +
+    throw Failure{target.path + ": the entry would need a line of " +
+                  std::to_string(length) +
                   " characters; the library reads at most 511"};
   }
   FileStore reread(target.format);
@@ -711,7 +774,8 @@ void RequireReadBack(const Target& target, const std::string& stored) {
   std::string value;
   if (reread.Text("") != text || !reread.Get(target, value) ||
       value != stored) {
-    throw Failure{"the entry " + Quoted(target.key) + " = " + Quoted(stored) +
+    throw Failure{target.path + ": the entry " + Quoted(target.key) + " = " +
+                  Quoted(stored) +
                   " would not read back as written (see 'propctl help set')"};
   }
 }
@@ -793,7 +857,12 @@ int RunSet(const Invocation& invocation) {
     std::cout << store.Text(header);
     return kSuccess;
   }
-  StoreThroughBinding(target, type, header);
+  try {
+    StoreThroughBinding(target, type, header);
+  } catch (const Property::WrongValue& rejection) {
+    // A library that keeps strict values refuses before it writes.
+    throw Failure{target.path + ": " + rejection.m_message};
+  }
   // The library reports no failed write: read the result back.
   std::string written;
   if (!ReadStore(target).Get(target, written) || written != stored) {
@@ -1148,8 +1217,9 @@ int main(int argc, char** argv) {
   } catch (const Failure& failure) {
     std::cerr << "propctl: " << failure.message << '\n';
   } catch (const Property::WrongValue& rejection) {
-    // The library's own message, as a program using it would see it.
-    std::cerr << rejection.m_message << '\n';
+    // The commands report the library's refusals with the file's name; this
+    // is for one that none expected.
+    std::cerr << "propctl: " << rejection.m_message << '\n';
   }
   return kTrouble;
 }
