@@ -749,6 +749,21 @@ TEST_F(PropctlTest, DelRefusesFileWithLongLineUnderTheLimit) {
   EXPECT_EQ(text, Read("f.properties"));
 }
 
+TEST_F(PropctlTest, DelRejectsHeaderOfTwoLinesAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"del", "--header", "a\nb", file, "port"}), 2, "",
+                  "propctl del: the header must be one line of at most 510 "
+                  "characters; try 'propctl help del'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesStandardInputBeforeReadingIt) {
+  EXPECT_TRUE(Ran(RunWithInput({"set", "-", "s", "k", "v"}, "[s]\nk=1\n"), 2,
+                  "",
+                  "propctl set: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help set'\n"));
+}
+
 TEST_F(PropctlTest, DelDryRunPrintsTheNewTextAndChangesNothing) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"del", "--dry-run", file, "window", "width"}), 0,

@@ -143,10 +143,11 @@ const char kToolHelp[] =
     "  help [COMMAND]                show this help or a command's help\n"
     "\n"
     "Options:\n"
-    "  --flat   FILE is a flat key=value file\n"
-    "  --ini    FILE is a sectioned INI file (SECTION is then required)\n"
-    "  --help, -h  show the help of the command given, or this help\n"
-    "  --version   print \"propctl\" and its version\n"
+    "  --flat       FILE is a flat key=value file\n"
+    "  --ini        FILE is a sectioned INI file (SECTION is then required)\n"
+    "  --help, -h   show the help of the command given, or this help\n"
+    "  --version    print \"propctl\" and its version\n"
+    "The options of one command are in its help (propctl help COMMAND).\n"
     "FILE \"-\" is standard input, for get, list, sections and check (its\n"
     "format is then --flat, --ini or guessed from its content as below).\n"
     "Without --flat or --ini, a FILE whose name ends in \".ini\" is an INI\n"
@@ -159,10 +160,9 @@ const char kToolHelp[] =
     "Environment:\n"
     "  LIBPROPERTIES_LONG_LINES=read   lines of 512 or more characters are\n"
     "                                  read whole, as the library then reads\n"
-    "                                  them: get, list, set and watch take\n"
-    "                                  files that hold such lines, and set "
-    "may\n"
-    "                                  write one\n"
+    "                                  them: get, list, sections, set, del\n"
+    "                                  and watch take files that hold such\n"
+    "                                  lines, and set may write one\n"
     "  LIBPROPERTIES_LONG_LINES=limit  lines of at most 511 characters; a\n"
     "                                  file with a longer one is refused\n"
     "                                  (the default, unless the library was\n"
@@ -841,8 +841,10 @@ int RunGet(const Invocation& invocation) {
 }
 
 int RunSet(const Invocation& invocation) {
+  if (!invocation.operands.empty()) {
+    RequireNamedFile(invocation, invocation.operands[0]);
+  }
   const Target target = TakeOperands(invocation, {"SECTION", "KEY", "VALUE"});
-  RequireNamedFile(invocation, target.path);
   const ValueType type = TypeOf(invocation);
   RequireHeader(invocation);
   const std::string stored = StoredText(target, type);
@@ -926,8 +928,11 @@ bool RemoveThroughRewrite(const Invocation& invocation, const Target& target) {
 }
 
 int RunDel(const Invocation& invocation) {
+  // Before the format is guessed, which reads the file.
+  if (!invocation.operands.empty()) {
+    RequireNamedFile(invocation, invocation.operands[0]);
+  }
   const Target target = TakeDelOperands(invocation);
-  RequireNamedFile(invocation, target.path);
   RequireHeader(invocation);
   // Nothing is made: a missing file is reported as one.
   const std::string text = ReadPropertyFile(target.path);
