@@ -1167,6 +1167,27 @@ TEST_F(PropctlWatchTest, IgnoresEntriesItWasNotAskedFor) {
   EXPECT_EQ("port=2\n", result.out);
 }
 
+TEST_F(PropctlWatchTest, WatchesConfFileStartingWithSectionHeaderAsIni) {
+  const std::string path = Write("a.conf", "[s]\nk=1\n");
+  auto watch = Watch({path, "s", "k"});
+  ASSERT_EQ(0, Run({"set", path, "s", "k", "2"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("[s]k=2\n", result.out);
+  EXPECT_EQ(
+      "propctl: " + path + kGuessedIni + "propctl: watching " + path + "\n",
+      result.err);
+}
+
+TEST_F(PropctlWatchTest, PrintsAnEntryThatDelRemoved) {
+  const std::string path = Write("a.properties", "port=1\nlevel=info\n");
+  auto watch = Watch({path});
+  ASSERT_EQ(0, Run({"unset", path, "level"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("level\n", result.out);
+}
+
 TEST_F(PropctlWatchTest, FollowsAFileMadeAfterItStarted) {
   const std::string path = Path("new.properties");
   auto watch = Watch({path});
