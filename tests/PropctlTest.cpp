@@ -527,6 +527,37 @@ TEST_F(PropctlTest, SetRefusesListTypeWithoutElements) {
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
+// A library that keeps strict values refuses a value only when it is set,
+// after registering a key that the file holds has rewritten the file.
+TEST_F(PropctlTest, SetRefusesWhatStrictValuesRefuseBeforeAnyRewrite) {
+  const std::string text = "k = 1\n# note\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"set", file, "k", "a\rb"}, {"LIBPROPERTIES_STRICT=1"}),
+                  2, "",
+                  "propctl: " + file +
+                      ": Property 'k' can not be kept in its file: the value "
+                      "holds a line break\n"));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesWhatStrictValuesRefuseInIniFile) {
+  const std::string text = "[s]\nk = 1\n; note\n";
+  const std::string file = Write("f.ini", text);
+  EXPECT_TRUE(Ran(
+      Run({"set", file, "s", "k", "a\rb"}, {"LIBPROPERTIES_STRICT=1"}), 2, "",
+      "propctl: " + file +
+          ": Property 'k' of section 's' can not be kept in its file: the "
+          "value holds a line break\n"));
+  EXPECT_EQ(text, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetStoresUnderStrictValuesWhatTheyAccept) {
+  const std::string file = Write("f.properties", "k = 1\n");
+  EXPECT_TRUE(
+      Ran(Run({"set", file, "k", "2"}, {"LIBPROPERTIES_STRICT=1"}), 0, "", ""));
+  EXPECT_EQ("k=2\n", Read("f.properties"));
+}
+
 TEST_F(PropctlTest, SetRejectsHeaderLongerThanALineAndLeavesFileUnchanged) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(

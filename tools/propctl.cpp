@@ -31,9 +31,13 @@
 #include "BooleanProperty.h"
 #include "DoubleProperty.h"
 #include "IniProperties.h"
+#include "IniPropertiesFormat.h"
+#include "IniPropertyManager.h"
 #include "IntegerProperty.h"
 #include "IpAddrProperty.h"
 #include "JavaProperties.h"
+#include "JavaPropertiesFormat.h"
+#include "JavaPropertyManager.h"
 #include "ListProperty.h"
 #include "Properties.h"
 #include "Property.h"
@@ -41,6 +45,7 @@
 #include "PropertyFile.h"
 #include "PropertyFileLock.h"
 #include "PropertySafety.h"
+#include "PropertyStrictValues.h"
 #include "PropertyTextBuffer.h"
 #include "StringProperty.h"
 #include "propctl/FileCheck.h"
@@ -55,6 +60,10 @@ void Log(int, char*, ...) {}
 namespace {
 
 enum ExitStatus { kSuccess = 0, kNegative = 1, kTrouble = 2 };
+
+// The domains of the managers whose bindings set stores through.
+const char kFlatManager[] = "propctl.flat";
+const char kIniManager[] = "propctl.ini";
 
 // The longest header text: "#" or ";" and it fill the reader's longest line.
 const size_t kLongestHeader = 510;
@@ -789,6 +798,33 @@ void RequireHeader(const Invocation& invocation) {
   }
 }
 
+// Throws Failure if the binding's manager keeps strict values
+// (LIBPROPERTIES_STRICT=1) and would refuse the stored text or the header.
+// It refuses a value only when it is set, after registering a key that the
+// file holds has already rewritten the file, so the same check of the
+// library is made here first.
+void RequireStrictEntry(const Target& target, const std::string& stored,
+                        const std::string& header) {
+  Properties* library = Properties::GetInstance();
+  try {
+    if (target.format == FileFormat::kIni) {
+      const IniPropertyManager* manager =
+          library->GetIniPropertyManager(kIniManager);
+      PropertyStrictValues::RequireHeader(*manager, header);
+      PropertyStrictValues::RequireEntry<IniPropertiesFormat>(
+          *manager, &target.section, target.key, stored);
+    } else {
+      const JavaPropertyManager* manager =
+          library->GetJavaPropertyManager(kFlatManager);
+      PropertyStrictValues::RequireHeader(*manager, header);
+      PropertyStrictValues::RequireEntry<JavaPropertiesFormat>(
+          *manager, nullptr, target.key, stored);
+    }
+  } catch (const Property::WrongValue& rejection) {
+    throw Failure{target.path + ": " + rejection.m_message};
+  }
+}
+
 // Sets target.value through a read-write binding of the library, which
 // merges it into the file and rewrites the file.
 void StoreThroughBinding(const Target& target, const ValueType& type,
@@ -797,14 +833,14 @@ void StoreThroughBinding(const Target& target, const ValueType& type,
   // Registering a key that the file holds loads it and rewrites the file at
   // once (a stored text the type rejects is left for the rewrite below).
   if (target.format == FileFormat::kIni) {
-    IniPropertyManager* manager = library->GetIniPropertyManager("propctl.ini");
+    IniPropertyManager* manager = library->GetIniPropertyManager(kIniManager);
     manager->RegisterPersistence(target.path, header);
     manager->RegisterProperty(type.typeName, target.section, target.key,
                               type.initial);
     manager->SetValue(target.section, target.key, target.value);
   } else {
     JavaPropertyManager* manager =
-        library->GetJavaPropertyManager("propctl.flat");
+        library->GetJavaPropertyManager(kFlatManager);
     manager->RegisterPersistence(target.path, header);
     manager->RegisterProperty(type.typeName, target.key, type.initial);
     manager->SetValue(target.key, target.value);
@@ -851,6 +887,7 @@ int RunSet(const Invocation& invocation) {
   RequireReadBack(target, stored);
   const std::string text = RequireBindable(target.path);
   const std::string header = HeaderFor(invocation, text, target.format);
+  RequireStrictEntry(target, stored, header);
   if (invocation.dryRun) {
     // What the binding's rewrite makes of the file as it is now.
     FileStore store(target.format);
