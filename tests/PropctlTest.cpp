@@ -551,6 +551,17 @@ TEST_F(PropctlTest, SetRefusesWhatStrictValuesRefuseInIniFile) {
   EXPECT_EQ(text, Read("f.ini"));
 }
 
+TEST_F(PropctlTest, SetRefusesListElementThatStrictValuesRefuse) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "list: a|b", file, "k", "b"},
+                      {"LIBPROPERTIES_STRICT=1"}),
+                  2, "",
+                  "propctl: " + file +
+                      ": Property 'k' can not be kept in its file: the value "
+                      "starts or ends with a blank\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
 TEST_F(PropctlTest, SetStoresUnderStrictValuesWhatTheyAccept) {
   const std::string file = Write("f.properties", "k = 1\n");
   EXPECT_TRUE(
