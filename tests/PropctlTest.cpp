@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -39,6 +41,16 @@ class PropctlTest : public testing::Test {
     argv.insert(argv.end(), args.begin(), args.end());
     return test_support::RunProgram(argv, environment);
   }
+  // Runs propctl with args and input on its standard input.
+  ProgramResult RunWithInput(const std::vector<std::string>& args,
+                             const std::string& input) const {
+    const std::string inputFile = Write("standard-input", input);
+    std::vector<std::string> argv = {"/bin/sh", "-c",
+                                     "exec \"$0\" \"$@\" < \"$PROPCTL_INPUT\"",
+                                     PROPERTIES_PROPCTL};
+    argv.insert(argv.end(), args.begin(), args.end());
+    return test_support::RunProgram(argv, {"PROPCTL_INPUT=" + inputFile});
+  }
 
   // Runs "propctl check" on text written to name; expects exit status 1 and
   // the report lines given (each without the "<path>:" in front), or exit
@@ -66,6 +78,22 @@ const char kFlat[] = "port = 8080\n# comment\nname=demo\n";
 const char kRead[] = "LIBPROPERTIES_LONG_LINES=read";
 const char kLimit[] = "LIBPROPERTIES_LONG_LINES=limit";
 const char kIni[] = "[window]\nwidth=1024\n\n[panel]\nwidth=240\n";
+
+// The second line of a refused value: what the type accepts.
+const std::string kIntegerForm =
+    "propctl: integer: digits with an optional leading '-', from -2147483648 "
+    "to 2147483647\n";
+const std::string kBooleanForm = "propctl: boolean: true or false\n";
+const std::string kDoubleForm =
+    "propctl: double: an optional sign, digits with an optional '.', and an "
+    "optional exponent (1, -0.5, .5, 2e-3); no inf, nan or hexadecimal form; "
+    "at most 1.79769313486231e308 in size and not so small that it becomes "
+    "0\n";
+const std::string kIpForm =
+    "propctl: ip: an IPv4 address as inet_aton reads it: a.b.c.d, or a.b.c, "
+    "a.b or a whose last part fills the rest (10.1 is 10.0.0.1); parts "
+    "decimal, octal (leading 0) or hexadecimal (0x)\n";
+const std::string kStringForm = "propctl: string: any text without '#'\n";
 
 // get ----------------------------------------------------------------------
 
@@ -105,6 +133,70 @@ TEST_F(PropctlTest, FlatOptionReadsIniNamedFileAsFlat) {
   EXPECT_TRUE(Ran(Run({"get", "--flat", file, "k"}), 0, "v\n", ""));
 }
 
+// The format by content ---------------------------------------------------
+
+const char kGuessedIni[] =
+    ": read as INI (first entry line is a section header); --flat or --ini "
+    "decide\n";
+
+TEST_F(PropctlTest, ConfFileStartingWithSectionHeaderIsReadAsIniAndSaysSo) {
+  const std::string file =
+      Write("pip.conf", "# pip\n\n  ; note\n[global] ; all\ntimeout=60\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "global", "timeout"}), 0, "60\n",
+                  "propctl: " + file + kGuessedIni));
+}
+
+TEST_F(PropctlTest, FileWithoutSuffixStartingWithSectionHeaderIsReadAsIni) {
+  const std::string file = Write("config", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"list", file}), 0, "[s]\nk=v\n\n",
+                  "propctl: " + file + kGuessedIni));
+}
+
+TEST_F(PropctlTest, CfgFileStartingWithEntryIsReadAsFlatWithoutNote) {
+  const std::string file = Write("f.cfg", "a=1\n[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, BracketedKeyOfFlatFileIsNoSectionHeader) {
+  const std::string file = Write("f.conf", "[a]=1\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "[a]"}), 0, "1\n", ""));
+}
+
+TEST_F(PropctlTest, FlatOptionDecidesForConfFileAndSilencesTheNote) {
+  const std::string file = Write("f.conf", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"--flat", "get", file, "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, IniOptionSilencesTheNote) {
+  const std::string file = Write("f.conf", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"--ini", "get", file, "s", "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, PropertiesFileIsFlatWhateverItHolds) {
+  const std::string file = Write("f.properties", "[s]\nk=v\n");
+  EXPECT_TRUE(Ran(Run({"get", file, "k"}), 0, "v\n", ""));
+}
+
+TEST_F(PropctlTest, SetIntoConfFileStartingWithSectionHeaderWritesIni) {
+  const std::string file = Write("f.conf", "[s]\nk = 1\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "t", "k", "2"}), 0, "",
+                  "propctl: " + file + kGuessedIni));
+  EXPECT_EQ("[s]\nk=1\n\n[t]\nk=2\n\n", Read("f.conf"));
+}
+
+TEST_F(PropctlTest, SetCreatesMissingConfFileAsFlatFile) {
+  EXPECT_TRUE(Ran(Run({"set", Path("new.conf"), "k", "v"}), 0, "", ""));
+  EXPECT_EQ("k=v\n", Read("new.conf"));
+}
+
+TEST_F(PropctlTest, CheckOfConfFileStartingWithSectionHeaderChecksIni) {
+  const std::string file = Write("f.conf", "[s]\na=1\na=2\n");
+  EXPECT_TRUE(Ran(Run({"check", file}), 1,
+                  file + ":3: key 'a' repeats line 2 in section 's': the last "
+                         "value wins\n",
+                  "propctl: " + file + kGuessedIni));
+}
+
 TEST_F(PropctlTest, GetRefusesFileWithLineTheLibraryNeverReads) {
   const std::string file =
       Write("f.properties", "a=1\n" + LineOfLength(512) + "\n");
@@ -129,8 +221,11 @@ TEST_F(PropctlTest, GetRefusesDirectory) {
 
 TEST_F(PropctlTest, SetRejectsPlusSignedIntegerAndLeavesFileUnchanged) {
   const std::string file = Write("f.properties", kFlat);
-  EXPECT_TRUE(Ran(Run({"set", "--type", "integer", file, "port", "+5"}), 2, "",
-                  "Property 'port' can only contain 'an integer value'\n"));
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "integer", file, "port", "+5"}), 2, "",
+          "propctl: " + file +
+              ": Property 'port' can only contain 'an integer value'\n" +
+              kIntegerForm));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -174,6 +269,37 @@ TEST_F(PropctlTest, SetWritesHeaderGiven) {
   EXPECT_EQ(";user interface\n[s]\nk=2\n\n", Read("f.ini"));
 }
 
+TEST_F(PropctlTest, SetKeepsFirstCommentLineOfFlatFileAsHeader) {
+  const std::string file =
+      Write("f.properties", "#server settings\nport=1\n# note\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "port", "2"}), 0, "", ""));
+  EXPECT_EQ("#server settings\nport=2\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetKeepsFirstCommentLineOfIniFileAsHeader) {
+  const std::string file = Write("f.ini", ";user interface\n[s]\nk=1\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "s", "k", "2"}), 0, "", ""));
+  EXPECT_EQ(";user interface\n[s]\nk=2\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetKeepsNoHeaderWhenFirstLineIsNoComment) {
+  const std::string file = Write("f.properties", "port=1\n#later\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "port", "2"}), 0, "", ""));
+  EXPECT_EQ("port=2\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetKeepsOnlyCommentLineOfTheFormatAsHeader) {
+  const std::string file = Write("f.ini", "#not a comment here\n[s]\nk=1\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "s", "k", "2"}), 0, "", ""));
+  EXPECT_EQ("[s]\nk=2\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetWithEmptyHeaderOptionDropsTheHeader) {
+  const std::string file = Write("f.properties", "#old\nport=1\n");
+  EXPECT_TRUE(Ran(Run({"set", "--header=", file, "port", "2"}), 0, "", ""));
+  EXPECT_EQ("port=2\n", Read("f.properties"));
+}
+
 TEST_F(PropctlTest, SetStoresTextFormOfType) {
   const std::string file = Write("f.properties", "");
   EXPECT_TRUE(
@@ -197,30 +323,35 @@ TEST_F(PropctlTest, SetTakesNegativeIntegerAsOperand) {
 TEST_F(PropctlTest, SetRejectsHashInStringAndLeavesFileUnchanged) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "name", "a#b"}), 2, "",
-                  "Property values can not contain character \"#\"\n"));
+                  "propctl: " + file +
+                      ": Property values can not contain character \"#\"\n" +
+                      kStringForm));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsKeyTheLibraryRejects) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "a=b#", "v"}), 2, "",
-                  "Property key can not contain characters: '= #'\n"));
+                  "propctl: " + file +
+                      ": Property key can not contain characters: '= #'\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsEntryThatWouldReadBackDifferently) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "name", " x"}), 2, "",
-                  "propctl: the entry 'name' = ' x' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'name' = ' x' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsEmptySectionName) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "", "k", "v"}), 2, "",
-                  "propctl: the entry 'k' = 'v' would not read back as "
-                  "written (see 'propctl help set')\n"));
+                  "propctl: " + file +
+                      ": the entry 'k' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
@@ -228,8 +359,9 @@ TEST_F(PropctlTest, SetRejectsEntryNeedingLineBeyondLimit) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(510, 'v')}, {kLimit}), 2,
                   "",
-                  "propctl: the entry would need a line of 512 characters; "
-                  "the library reads at most 511\n"));
+                  "propctl: " + file +
+                      ": the entry would need a line of 512 characters; "
+                      "the library reads at most 511\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -244,9 +376,10 @@ TEST_F(PropctlTest, SetRejectsDoubleWrittenBeyondLargestDouble) {
   EXPECT_TRUE(
       Ran(Run({"set", "--type", "double", file, "d", "1.7976931348623157e308"}),
           2, "",
-          "propctl: '1.7976931348623157e308' would be stored as "
-          "'1.79769313486232e+308', which the type refuses when read "
-          "back\n"));
+          "propctl: " + file +
+              ": '1.7976931348623157e308' would be stored as "
+              "'1.79769313486232e+308', which the type refuses when read "
+              "back\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -258,6 +391,195 @@ TEST_F(PropctlTest, SetRefusesFileWithLineTheLibraryNeverReads) {
                       ":1: line of 600 characters; the library cannot read "
                       "this file (see 'propctl check')\n"));
   EXPECT_EQ(text, Read("f.properties"));
+}
+
+// A refused set changes no byte of the file, whatever refuses it.
+
+TEST_F(PropctlTest, SetRefusesFlatKeyHoldingEqualsAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "a=b", "v"}), 2, "",
+                  "propctl: " + file +
+                      ": the entry 'a=b' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesIniKeyHoldingEqualsAndLeavesFileUnchanged) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "window", "a=b", "v"}), 2, "",
+                  "propctl: " + file +
+                      ": the entry 'a=b' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesIniKeyThatReadsAsSectionHeader) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "window", "[k", "v"}), 2, "",
+                  "propctl: " + file +
+                      ": the entry '[k' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesSectionHoldingCommentCharacter) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"set", file, "a;b", "k", "v"}), 2, "",
+                  "propctl: " + file +
+                      ": the entry 'k' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesValueHoldingLineBreak) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "k", "x\ny=z"}), 2, "",
+                  "propctl: " + file +
+                      ": the entry 'k' = 'x\ny=z' would not read back as "
+                      "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesKeyHoldingLineBreak) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", file, "a\nb", "v"}), 2, "",
+                  "propctl: " + file +
+                      ": the entry 'a\nb' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsIntegerOutOfRangeAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "integer", file, "port", "2147483648"}), 2, "",
+          "propctl: " + file +
+              ": Property 'port' can only contain 'an integer value'\n" +
+              kIntegerForm));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsBooleanOtherThanTrueOrFalse) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(
+      Run({"set", "--type", "boolean", file, "window", "on", "yes"}), 2, "",
+      "propctl: " + file +
+          ": Property 'on' can only contain 'true or false'\n" + kBooleanForm));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRejectsTextThatIsNoDouble) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "double", file, "d", "1,5"}), 2, "",
+                  "propctl: " + file +
+                      ": Property 'd' can only contain 'a double value'\n" +
+                      kDoubleForm));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsTextThatIsNoIpAddress) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(
+      Run({"set", "--type", "ip", file, "addr", "10.0.0.256"}), 2, "",
+      "propctl: " + file +
+          ": Property 'addr' can only contain 'an ip address'\n" + kIpForm));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsValueOutsideTheList) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "list:a|b|c", file, "l", "3"}), 2, "",
+                  "propctl: " + file +
+                      ": Property 'l' can only contain 'a value of the list "
+                      "or a number of the selected element'\n"
+                      "propctl: list: one of a (0), b (1), c (2)\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsValueOfListWithItsElementsAndPositions) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(
+      Ran(Run({"set", "--type", "list:debug||info|error", file, "s", "level",
+               "warn"}),
+          2, "",
+          "propctl: " + file +
+              ": Property 'level' can only contain 'a value of the list or "
+              "a number of the selected element'\n"
+              "propctl: list: one of debug (0), info (1), error (2)\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesListTypeWithoutElements) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "list:|", file, "k", "0"}), 2, "",
+                  "propctl set: the list type needs at least one element; "
+                  "try 'propctl help set'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+// A library that keeps strict values refuses a value only when it is set,
+// after registering a key that the file holds has rewritten the file.
+TEST_F(PropctlTest, SetRefusesWhatStrictValuesRefuseBeforeAnyRewrite) {
+  const std::string text = "k = 1\n# note\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"set", file, "k", "a\rb"}, {"LIBPROPERTIES_STRICT=1"}),
+                  2, "",
+                  "propctl: " + file +
+                      ": Property 'k' can not be kept in its file: the value "
+                      "holds a line break\n"));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesWhatStrictValuesRefuseInIniFile) {
+  const std::string text = "[s]\nk = 1\n; note\n";
+  const std::string file = Write("f.ini", text);
+  EXPECT_TRUE(Ran(
+      Run({"set", file, "s", "k", "a\rb"}, {"LIBPROPERTIES_STRICT=1"}), 2, "",
+      "propctl: " + file +
+          ": Property 'k' of section 's' can not be kept in its file: the "
+          "value holds a line break\n"));
+  EXPECT_EQ(text, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetRefusesListElementThatStrictValuesRefuse) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--type", "list: a|b", file, "k", "b"},
+                      {"LIBPROPERTIES_STRICT=1"}),
+                  2, "",
+                  "propctl: " + file +
+                      ": Property 'k' can not be kept in its file: the value "
+                      "starts or ends with a blank\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetStoresUnderStrictValuesWhatTheyAccept) {
+  const std::string file = Write("f.properties", "k = 1\n");
+  EXPECT_TRUE(
+      Ran(Run({"set", file, "k", "2"}, {"LIBPROPERTIES_STRICT=1"}), 0, "", ""));
+  EXPECT_EQ("k=2\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRejectsHeaderLongerThanALineAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(
+      Run({"set", "--header", std::string(511, 'h'), file, "k", "v"}), 2, "",
+      "propctl set: the header must be one line of at most 510 "
+      "characters; try 'propctl help set'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetOfUnknownTypeLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_EQ(2, Run({"set", "--type", "int", file, "port", "1"}).status);
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesDirectoryAndLeavesItEmpty) {
+  const std::string dir = Path("d.properties");
+  ASSERT_EQ(0, ::mkdir(dir.c_str(), 0700));
+  EXPECT_TRUE(Ran(Run({"set", dir, "k", "v"}), 2, "",
+                  "propctl: " + dir + ": not a regular file\n"));
+  EXPECT_EQ(0, ::rmdir(dir.c_str()));
 }
 
 // Long lines -------------------------------------------------------------
@@ -319,8 +641,9 @@ TEST_F(PropctlTest, SetRefusesEntryOfLongLineUnderTheLimit) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"set", file, "k", std::string(600, 'v')}, {kLimit}), 2,
                   "",
-                  "propctl: the entry would need a line of 602 characters; "
-                  "the library reads at most 511\n"));
+                  "propctl: " + file +
+                      ": the entry would need a line of 602 characters; "
+                      "the library reads at most 511\n"));
   EXPECT_EQ(kFlat, Read("f.properties"));
 }
 
@@ -368,6 +691,258 @@ TEST_F(PropctlTest, SetInIniFileNeedsSection) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "width", "5"}), 2, "",
                   "propctl set: missing VALUE; try 'propctl help set'\n"));
+}
+
+// --dry-run ----------------------------------------------------------------
+
+TEST_F(PropctlTest, SetDryRunPrintsTheNewTextAndChangesNothing) {
+  const std::string text = "#server\nport = 8080\n# comment\nname=demo\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"set", "--dry-run", file, "port", "9090"}), 0,
+                  "#server\nname=demo\nport=9090\n", ""));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetDryRunMakesNoMissingFile) {
+  EXPECT_TRUE(Ran(Run({"set", "--dry-run", Path("new.ini"), "s", "k", "v"}), 0,
+                  "[s]\nk=v\n\n", ""));
+  EXPECT_FALSE(test_support::FileExists(Path("new.ini")));
+}
+
+TEST_F(PropctlTest, SetDryRunRefusesWhatSetRefuses) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"set", "--dry-run", file, "a=b", "v"}), 2, "",
+                  "propctl: " + file +
+                      ": the entry 'a=b' = 'v' would not read back as "
+                      "written (see 'propctl help set')\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+// del ----------------------------------------------------------------------
+
+TEST_F(PropctlTest, DelRemovesFlatKeyAndKeepsTheHeader) {
+  const std::string file =
+      Write("f.properties", "#server\nport = 8080\n# comment\nname=demo\n");
+  EXPECT_TRUE(Ran(Run({"del", file, "port"}), 0, "", ""));
+  EXPECT_EQ("#server\nname=demo\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelRemovesKeyOfSectionAndKeepsTheEmptySection) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", file, "panel", "width"}), 0, "", ""));
+  EXPECT_EQ("[panel]\n\n[window]\nwidth=1024\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, DelRemovesWholeSectionOfIniFile) {
+  const std::string file = Write("f.ini", ";ui\n" + std::string(kIni));
+  EXPECT_TRUE(Ran(Run({"del", file, "window"}), 0, "", ""));
+  EXPECT_EQ(";ui\n[panel]\nwidth=240\n\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, UnsetRemovesKeyAsDelDoes) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"unset", file, "name"}), 0, "", ""));
+  EXPECT_EQ("port=8080\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelWithHeaderOptionWritesThatHeader) {
+  const std::string file = Write("f.properties", "#old\na=1\nb=2\n");
+  EXPECT_TRUE(Ran(Run({"del", "--header", "new", file, "a"}), 0, "", ""));
+  EXPECT_EQ("#new\nb=2\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelOfAbsentKeyExitsOneAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"del", file, "comment"}), 1, "", ""));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelOfAbsentSectionExitsOneAndLeavesFileUnchanged) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", file, "missing"}), 1, "", ""));
+  EXPECT_TRUE(Ran(Run({"del", file, "missing", "width"}), 1, "", ""));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, DelOfMissingFileExitsTwoAndMakesNoFile) {
+  const std::string file = Path("missing.properties");
+  EXPECT_TRUE(Ran(Run({"del", file, "a"}), 2, "",
+                  "propctl: " + file + ": No such file or directory\n"));
+  EXPECT_FALSE(test_support::FileExists(file));
+}
+
+TEST_F(PropctlTest, DelRefusesFileWithLongLineUnderTheLimit) {
+  const std::string text = "a=1\n" + LineOfLength(600) + "\n";
+  const std::string file = Write("f.properties", text);
+  EXPECT_TRUE(Ran(Run({"del", file, "a"}, {kLimit}), 2, "",
+                  "propctl: " + file +
+                      ":2: line of 600 characters; the library cannot read "
+                      "this file (see 'propctl check')\n"));
+  EXPECT_EQ(text, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelRejectsHeaderOfTwoLinesAndLeavesFileUnchanged) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"del", "--header", "a\nb", file, "port"}), 2, "",
+                  "propctl del: the header must be one line of at most 510 "
+                  "characters; try 'propctl help del'\n"));
+  EXPECT_EQ(kFlat, Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetRefusesStandardInputBeforeReadingIt) {
+  EXPECT_TRUE(Ran(RunWithInput({"set", "-", "s", "k", "v"}, "[s]\nk=1\n"), 2,
+                  "",
+                  "propctl set: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help set'\n"));
+}
+
+TEST_F(PropctlTest, DelDryRunPrintsTheNewTextAndChangesNothing) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", "--dry-run", file, "window", "width"}), 0,
+                  "[panel]\nwidth=240\n\n[window]\n\n", ""));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+TEST_F(PropctlTest, DelOfFlatFileNeedsKey) {
+  EXPECT_TRUE(Ran(Run({"del", Write("f.properties", kFlat)}), 2, "",
+                  "propctl del: missing KEY; try 'propctl help del'\n"));
+}
+
+TEST_F(PropctlTest, DelOfIniFileTakesAtMostSectionAndKey) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(Ran(Run({"del", file, "a", "b", "c"}), 2, "",
+                  "propctl del: too many operands; try 'propctl help del'\n"));
+  EXPECT_EQ(kIni, Read("f.ini"));
+}
+
+// sections -----------------------------------------------------------------
+
+TEST_F(PropctlTest, SectionsPrintsNamesInByteOrderWithEmptyOnes) {
+  const std::string file = Write("f.ini", "[b]\nk=1\n[a]\n[]\nx=1\n");
+  EXPECT_TRUE(Ran(Run({"sections", file}), 0, "a\nb\n", ""));
+}
+
+TEST_F(PropctlTest, SectionsOfFlatFileExitsTwo) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"sections", file}), 2, "",
+                  "propctl: " + file +
+                      ": a flat file has no sections (--ini reads it as "
+                      "INI)\n"));
+}
+
+// --json -------------------------------------------------------------------
+
+TEST_F(PropctlTest, GetJsonPrintsKeyAndValue) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"get", "--json", file, "port"}), 0,
+                  "{\"key\":\"port\",\"value\":\"8080\"}\n", ""));
+}
+
+TEST_F(PropctlTest, GetJsonOfIniFilePrintsSectionToo) {
+  const std::string file = Write("f.ini", kIni);
+  EXPECT_TRUE(
+      Ran(Run({"get", "--json", file, "panel", "width"}), 0,
+          "{\"section\":\"panel\",\"key\":\"width\",\"value\":\"240\"}\n", ""));
+}
+
+TEST_F(PropctlTest, GetJsonOfAbsentKeyPrintsNothingAndExitsOne) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"get", "--json", file, "nope"}), 1, "", ""));
+}
+
+TEST_F(PropctlTest, ListJsonOfFlatFileIsOneObject) {
+  const std::string file = Write("f.properties", kFlat);
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0,
+                  "{\"name\":\"demo\",\"port\":\"8080\"}\n", ""));
+}
+
+TEST_F(PropctlTest, ListJsonOfIniFileIsObjectOfSections) {
+  const std::string file = Write("f.ini", kIni + std::string("[empty]\n"));
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0,
+                  "{\"empty\":{},\"panel\":{\"width\":\"240\"},"
+                  "\"window\":{\"width\":\"1024\"}}\n",
+                  ""));
+}
+
+TEST_F(PropctlTest, ListJsonOfEmptyFileIsEmptyObject) {
+  const std::string file = Write("f.properties", "");
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0, "{}\n", ""));
+}
+
+TEST_F(PropctlTest, JsonEscapesQuotesBackslashesAndControlBytes) {
+  const std::string file = Write("f.properties", "k=a\"b\\c\x01\td\x7f\n");
+  EXPECT_TRUE(Ran(
+      Run({"get", "--json", file, "k"}), 0,
+      "{\"key\":\"k\",\"value\":\"a\\\"b\\\\c\\u0001\\u0009d\\u007f\"}\n", ""));
+}
+
+TEST_F(PropctlTest, JsonPassesValidUtf8AndEscapesOtherHighBytes) {
+  // e-acute, the euro sign and U+1F600 pass; a lone 0xFF, an overlong
+  // "/" (C0 AF) and a surrogate (ED A0 80) are escaped byte by byte.
+  const std::string file =
+      Write("f.properties",
+            "k=\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xFF\xC0\xAF\xED\xA0\x80\n");
+  EXPECT_TRUE(Ran(Run({"list", "--json", file}), 0,
+                  "{\"k\":\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\\u00ff"
+                  "\\u00c0\\u00af\\u00ed\\u00a0\\u0080\"}\n",
+                  ""));
+}
+
+TEST_F(PropctlTest, JsonBelongsToGetAndList) {
+  EXPECT_TRUE(Ran(Run({"check", "--json", Path("f.properties")}), 2, "",
+                  "propctl check: option '--json' belongs to 'get' and "
+                  "'list'; try 'propctl help check'\n"));
+}
+
+TEST_F(PropctlTest, DryRunBelongsToSetAndDel) {
+  EXPECT_TRUE(Ran(Run({"get", "--dry-run", Path("f.properties"), "k"}), 2, "",
+                  "propctl get: option '--dry-run' belongs to 'set' and "
+                  "'del'; try 'propctl help get'\n"));
+}
+
+// Standard input -----------------------------------------------------------
+
+TEST_F(PropctlTest, GetReadsStandardInputAsFlatFile) {
+  EXPECT_TRUE(Ran(RunWithInput({"get", "-", "port"}, kFlat), 0, "8080\n", ""));
+}
+
+TEST_F(PropctlTest, IniOptionReadsStandardInputAsIni) {
+  EXPECT_TRUE(Ran(RunWithInput({"--ini", "get", "-", "panel", "width"}, kIni),
+                  0, "240\n", ""));
+}
+
+TEST_F(PropctlTest, ListGuessesFormatOfStandardInputFromItsContent) {
+  EXPECT_TRUE(Ran(RunWithInput({"list", "-"}, "[s]\nk=v\n"), 0, "[s]\nk=v\n\n",
+                  "propctl: -" + std::string(kGuessedIni)));
+}
+
+TEST_F(PropctlTest, SectionsReadsStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"--ini", "sections", "-"}, kIni), 0,
+                  "panel\nwindow\n", ""));
+}
+
+TEST_F(PropctlTest, CheckReadsStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"check", "-"}, "a=1\na=2\n"), 1,
+                  "-:2: key 'a' repeats line 1: the last value wins\n", ""));
+}
+
+TEST_F(PropctlTest, SetRefusesStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"set", "-", "k", "v"}, ""), 2, "",
+                  "propctl set: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help set'\n"));
+}
+
+TEST_F(PropctlTest, DelRefusesStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"--flat", "del", "-", "k"}, "k=v\n"), 2, "",
+                  "propctl del: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help del'\n"));
+}
+
+TEST_F(PropctlTest, WatchRefusesStandardInput) {
+  EXPECT_TRUE(Ran(RunWithInput({"watch", "-"}, ""), 2, "",
+                  "propctl watch: FILE '-' (standard input) is only read by "
+                  "get, list, sections and check; try 'propctl help "
+                  "watch'\n"));
 }
 
 // list ---------------------------------------------------------------------
@@ -496,7 +1071,8 @@ TEST_F(PropctlTest, CheckOfMissingFileExitsTwo) {
 // help and usage -----------------------------------------------------------
 
 TEST_F(PropctlTest, EveryFormOfHelpPrintsTheSameTextAndExitsZero) {
-  for (const std::string command : {"get", "set", "list", "check", "help"}) {
+  for (const std::string command :
+       {"get", "set", "del", "list", "sections", "check", "help"}) {
     const ProgramResult help = Run({"help", command});
     EXPECT_EQ(0, help.status);
     EXPECT_EQ("Usage: propctl " + command,
@@ -512,6 +1088,21 @@ TEST_F(PropctlTest, ToolHelpIsPrintedByOptionAndCommand) {
       "...",
       help.out.substr(0, help.out.find('\n')));
   EXPECT_TRUE(Ran(Run({"help"}), 0, help.out, ""));
+}
+
+TEST_F(PropctlTest, UnsetHelpIsDelHelp) {
+  const ProgramResult help = Run({"help", "del"});
+  EXPECT_TRUE(Ran(Run({"help", "unset"}), 0, help.out, ""));
+}
+
+TEST_F(PropctlTest, ShortHelpOptionIsHelpOption) {
+  EXPECT_TRUE(Ran(Run({"-h"}), 0, Run({"--help"}).out, ""));
+  EXPECT_TRUE(Ran(Run({"set", "-h"}), 0, Run({"help", "set"}).out, ""));
+}
+
+TEST_F(PropctlTest, VersionPrintsNameAndProjectVersion) {
+  EXPECT_TRUE(
+      Ran(Run({"--version"}), 0, "propctl " PROPERTIES_VERSION "\n", ""));
 }
 
 TEST_F(PropctlTest, NoArgumentsExitsTwoWithHint) {
@@ -606,6 +1197,27 @@ TEST_F(PropctlWatchTest, IgnoresEntriesItWasNotAskedFor) {
   const ProgramResult result = watch->Finish(kWaitMs);
   EXPECT_EQ(0, result.status) << result.err;
   EXPECT_EQ("port=2\n", result.out);
+}
+
+TEST_F(PropctlWatchTest, WatchesConfFileStartingWithSectionHeaderAsIni) {
+  const std::string path = Write("a.conf", "[s]\nk=1\n");
+  auto watch = Watch({path, "s", "k"});
+  ASSERT_EQ(0, Run({"set", path, "s", "k", "2"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("[s]k=2\n", result.out);
+  EXPECT_EQ(
+      "propctl: " + path + kGuessedIni + "propctl: watching " + path + "\n",
+      result.err);
+}
+
+TEST_F(PropctlWatchTest, PrintsAnEntryThatDelRemoved) {
+  const std::string path = Write("a.properties", "port=1\nlevel=info\n");
+  auto watch = Watch({path});
+  ASSERT_EQ(0, Run({"unset", path, "level"}).status);
+  const ProgramResult result = watch->Finish(kWaitMs);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ("level\n", result.out);
 }
 
 TEST_F(PropctlWatchTest, FollowsAFileMadeAfterItStarted) {

@@ -210,3 +210,18 @@ int FindUnreadableLine(const std::string& text, size_t& length) {
   }
   return 0;
 }
+
+bool StartsWithSectionHeader(const std::string& text) {
+  for (const std::string& line : SplitLines(text)) {
+    const size_t first = line.find_first_not_of(kBlanks);
+    if (first == std::string::npos) continue;
+    if (line[first] == '#' || line[first] == ';') continue;
+    if (line[first] != '[') return false;
+    const size_t close = line.rfind(']');
+    if (close == std::string::npos) return false;
+    const size_t after = line.find_first_not_of(kBlanks, close + 1);
+    return after == std::string::npos || line[after] == ';' ||
+           line[after] == '#';
+  }
+  return false;
+}

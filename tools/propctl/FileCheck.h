@@ -37,4 +37,11 @@ std::vector<FileFinding> CheckFileText(const std::string& text,
 // line feed).
 int FindUnreadableLine(const std::string& text, size_t& length);
 
+// True if the first line of text that is neither blank nor a comment (one
+// starting with '#' or ';', the comment characters of either format) is a
+// section header: '[', a name, ']', and after the last ']' nothing but
+// blanks or a comment. Such a text is taken for an INI file when its name
+// does not tell the format.
+bool StartsWithSectionHeader(const std::string& text);
+
 #endif  // TOOLS_PROPCTL_FILECHECK_H_
