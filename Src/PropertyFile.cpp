@@ -18,20 +18,6 @@
 
 namespace {
 
-// Writes all of text to fd, retrying short writes and interruptions.
-bool WriteAll(int fd, const char* text, size_t size) {
-  const char* next = text;
-  size_t left = size;
-  while (left > 0) {
-    const ssize_t written = ::write(fd, next, left);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    next += written;
-    left -= static_cast<size_t>(written);
-  }
-  return true;
-}
-
 // Reads fd from its current offset to its end into buffer (Size() set);
 // sizeHint is where to start. False after a read error.
 bool ReadToEnd(int fd, size_t sizeHint, PropertyTextBuffer& buffer) {
@@ -184,7 +170,7 @@ PropertyFile::Result PropertyFile::ReplaceInPlace(const propstring& path,
     NoteWriteFailure();
     return kNotOpened;
   }
-  const bool written = WriteAll(fd, text, size);
+  const bool written = PropertyFile::WriteAll(fd, text, size);
   if (!written) NoteWriteFailure();
   // A failing close() is ignored, as closing a written stream always was.
   ::close(fd);
@@ -210,7 +196,8 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
   if (fd < 0) return ReplaceInPlace(path, text, size);
 
   CopyModeAndOwner(fd, exists ? &info : nullptr);
-  const bool written = WriteAll(fd, text, size) && ::fsync(fd) == 0;
+  const bool written =
+      PropertyFile::WriteAll(fd, text, size) && ::fsync(fd) == 0;
   const int writeErrno = errno;
   const bool closed = ::close(fd) == 0;
   if (!written) errno = writeErrno;
@@ -249,6 +236,19 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
     seen->bytes.assign(buffer.Data(), buffer.Size());
   }
   return kReadWhole;
+}
+
+bool PropertyFile::WriteAll(int fd, const char* text, size_t size) {
+  const char* next = text;
+  size_t left = size;
+  while (left > 0) {
+    const ssize_t written = ::write(fd, next, left);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    next += written;
+    left -= static_cast<size_t>(written);
+  }
+  return true;
 }
 
 propstring PropertyFile::DirectoryOf(const propstring& path) {

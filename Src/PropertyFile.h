@@ -95,6 +95,9 @@ class PropertyFile {
   static bool OpenForLines(const propstring& path, std::ifstream& in);
   // The directory that holds path: "." for a bare name, "/" for the root.
   static propstring DirectoryOf(const propstring& path);
+  // Writes all of text to fd, retrying short writes and interruptions.
+  // False on the first failed write (errno tells why).
+  static bool WriteAll(int fd, const char* text, size_t size);
 
  private:
   // ReplaceAtomically() or ReplaceInPlace(), as this build writes.

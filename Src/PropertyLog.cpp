@@ -12,26 +12,9 @@
 #include <string>
 
 #include "PropertyDefaults.h"
+#include "PropertyFile.h"
 #include "PropertyMessages.h"
 #include "PropertyThreadGuard.h"
-
-namespace {
-
-// Writes all of line to fd; a log line is dropped rather than retried for
-// ever.
-void WriteLine(int fd, const std::string& line) {
-  const char* next = line.data();
-  size_t left = line.size();
-  while (left > 0) {
-    const ssize_t written = ::write(fd, next, left);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
-    next += written;
-    left -= static_cast<size_t>(written);
-  }
-}
-
-}  // namespace
 
 std::string PropertyLog::Line(int level, const char* format, va_list args) {
   return "libproperties[" + std::to_string(level) +
@@ -50,7 +33,8 @@ void PropertyLog::WriteToSyslog(const std::string& line) {
 void PropertyLog::WriteToFile(const char* path, const std::string& line) {
   static const int fd =
       ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-  if (fd >= 0) WriteLine(fd, line);
+  // A line that cannot be written is dropped, never retried for ever.
+  if (fd >= 0) PropertyFile::WriteAll(fd, line.data(), line.size());
 }
 
 void Log(int level, char* format, ...) {
