@@ -1006,9 +1006,8 @@ TEST_F(PropctlTest, CheckReportsEntryUnderEmptySectionName) {
 }
 
 TEST_F(PropctlTest, CheckReportsFlatLineWithoutEquals) {
-  EXPECT_TRUE(Reports(
-      "f.properties", "#header\n\n \t\njunk\n[s]\na=1\n",
-      {"4: no '=': the line is ignored", "5: no '=': the line is ignored"}));
+  EXPECT_TRUE(Reports("f.properties", "#header\n\n \t\njunk\na=1\n",
+                      {"4: no '=': the line is ignored"}));
 }
 
 TEST_F(PropctlTest, CheckReportsIniLineWithoutEqualsThatIsNoHeader) {
@@ -1019,13 +1018,15 @@ TEST_F(PropctlTest, CheckReportsIniLineWithoutEqualsThatIsNoHeader) {
 TEST_F(PropctlTest, CheckReportsHashInsideQuotesOfFlatValue) {
   EXPECT_TRUE(Reports("f.properties", "a=\"x#y\"\nb=\"x\" # note\n",
                       {"1: '#' inside quotes starts a comment: the rest of "
-                       "the line is ignored"}));
+                       "the line is ignored",
+                       "2: a rewrite drops the quotes around the value"}));
 }
 
 TEST_F(PropctlTest, CheckReportsSemicolonInsideQuotesOfIniValue) {
   EXPECT_TRUE(Reports("f.ini", "[s]\na = \"x;y\"\nb=\"#\"\n",
                       {"2: ';' inside quotes starts a comment: the rest of "
-                       "the line is ignored"}));
+                       "the line is ignored",
+                       "3: a rewrite drops the quotes around the value"}));
 }
 
 TEST_F(PropctlTest, CheckReportsHeaderWithoutClosingBracket) {
@@ -1044,22 +1045,156 @@ TEST_F(PropctlTest, CheckReportsNulByte) {
                        "line"}));
 }
 
-TEST_F(PropctlTest, CheckReportsByteOrderMark) {
+TEST_F(PropctlTest, CheckReportsByteOrderMarkInFrontOfFirstKey) {
   EXPECT_TRUE(Reports("f.properties", "\xEF\xBB\xBFname=x\n",
+                      {"1: UTF-8 byte-order mark: read as the start of the "
+                       "key 'name'"}));
+}
+
+TEST_F(PropctlTest, CheckReportsByteOrderMarkThatHidesFirstIniHeader) {
+  EXPECT_TRUE(Reports("f.ini", "\xEF\xBB\xBF[s]\na=1\nb=2\n[t]\nc=3\n",
+                      {"1: UTF-8 byte-order mark: this section header is not "
+                       "read as one",
+                       "2: entry before the first section: dropped (also "
+                       "line 3)"}));
+}
+
+TEST_F(PropctlTest, CheckReportsByteOrderMarkOnOtherFirstLine) {
+  EXPECT_TRUE(Reports("f.properties", "\xEF\xBB\xBF\na=1\n",
                       {"1: UTF-8 byte-order mark: read as part of the first "
                        "line"}));
 }
 
+TEST_F(PropctlTest, CheckReportsCrLfLineEndsOnceForTheFile) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\r\na=1\r\nb=2\n; note\r\n",
+                      {"1: CR LF line end: a rewrite ends lines with LF "
+                       "alone (also lines 2 and 4)"}));
+}
+
+TEST_F(PropctlTest, CheckReportsCommentCharacterRightAfterValueText) {
+  EXPECT_TRUE(Reports("f.ini",
+                      "[s]\npath = /var/lib/php;extra\nrun=sh -c \"a; b\"\n",
+                      {"2: ';' starts a comment here: the value is read as "
+                       "'/var/lib/php'",
+                       "3: ';' starts a comment here: the value is read as "
+                       "'sh -c \"a'"}));
+  EXPECT_TRUE(Reports("f.properties", "color=#fff\nurl=http://x/#top\n",
+                      {"1: '#' starts a comment here: the value is read as "
+                       "''",
+                       "2: '#' starts a comment here: the value is read as "
+                       "'http://x/'"}));
+}
+
+TEST_F(PropctlTest, CheckTakesCommentAfterBlankAsTrailingComment) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\ntimeout = 60 ; seconds\n", {}));
+  EXPECT_TRUE(Reports("f.properties", "timeout = 60\t# seconds\n", {}));
+}
+
+TEST_F(PropctlTest, CheckReportsCommentCharacterBeforeEquals) {
+  EXPECT_TRUE(Reports("f.properties", "a#b=c\n",
+                      {"1: '#' starts a comment before the '=': the line is "
+                       "ignored"}));
+}
+
+TEST_F(PropctlTest, CheckReportsHashLineWithEqualsInIniSection) {
+  EXPECT_TRUE(Reports("f.ini", "#port = 1\n[s]\n# port = 3306\n",
+                      {"3: '#' starts no comment in INI files: read as the "
+                       "key '# port'"}));
+}
+
+TEST_F(PropctlTest, CheckTakesHashLinesWithoutEqualsInIniAsComments) {
+  EXPECT_TRUE(Reports("f.ini", "# server\n[s]\n  # no equals here\na=1\n", {}));
+}
+
+TEST_F(PropctlTest, CheckReportsSemicolonAndBangLinesWithEqualsInFlatFile) {
+  EXPECT_TRUE(Reports("f.properties", "; note\n! note\n;a=1\n!b = 2\n",
+                      {"3: ';' starts no comment in flat files: read as the "
+                       "key ';a'",
+                       "4: '!' starts no comment in flat files: read as the "
+                       "key '!b'"}));
+}
+
+TEST_F(PropctlTest, CheckReportsColonSeparatedLines) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\nname: demo\nurl: http://h/?a=b\nnote:\n",
+                      {"2: ':' is no separator (only '=' is): the line is "
+                       "ignored (also line 4)",
+                       "3: ':' is no separator (only '=' is): the key is "
+                       "read as 'url: http://h/?a'"}));
+}
+
+TEST_F(PropctlTest, CheckReportsBackslashThatJoinsNoLine) {
+  EXPECT_TRUE(Reports("f.properties", "list=a, \\\n  b, \\\r\n  c\nx=1\n",
+                      {"1: '\\' at the end joins no line: the value keeps "
+                       "the '\\', and lines 2-3 are ignored (a rewrite drops "
+                       "them)",
+                       "2: CR LF line end: a rewrite ends lines with LF "
+                       "alone"}));
+  EXPECT_TRUE(Reports("f.properties", "a=1 \\\nb=2\n",
+                      {"1: '\\' at the end joins no line: the value keeps "
+                       "the '\\', and line 2 is read on its own"}));
+}
+
+TEST_F(PropctlTest, CheckTakesEvenBackslashesAsEscapedBackslash) {
+  EXPECT_TRUE(Reports("f.properties", "dir=C:\\\\\nb=2\n", {}));
+}
+
+TEST_F(PropctlTest, CheckReportsSectionHeaderInFlatFile) {
+  EXPECT_TRUE(Reports("f.properties", "[a]\nk=1\n[b]\nk=2\n",
+                      {"1: section header in a flat file: ignored, so the "
+                       "keys of all sections are read as one (--ini reads it "
+                       "as INI) (also line 3)",
+                       "4: key 'k' repeats line 2: the last value wins"}));
+}
+
+TEST_F(PropctlTest, CheckReportsQuotesThatRewriteDrops) {
+  EXPECT_TRUE(Reports("os-release",
+                      "NAME=\"Debian\"\nID=debian\n\"KEY\"=x\nV=\"\"\n",
+                      {"1: a rewrite drops the quotes around the value (also "
+                       "line 4)",
+                       "3: a rewrite drops the quotes around the key"}));
+}
+
+TEST_F(PropctlTest, CheckReportsQuotesWhoseValueReadsBackOtherwise) {
+  EXPECT_TRUE(Reports("f.properties", "a=\" x \"\n",
+                      {"1: a rewrite drops the quotes around the value ' x ', "
+                       "which then reads back as 'x'"}));
+}
+
+TEST_F(PropctlTest, CheckReportsIndentedLinesAfterIniEntry) {
+  EXPECT_TRUE(Reports("setup.ini",
+                      "[options]\npackages =\n    one\n    two\n\nx=1\n",
+                      {"3: indented line: not joined to the entry above, the "
+                       "line is ignored (also line 4)"}));
+}
+
+TEST_F(PropctlTest, CheckGroupsRepeatedWarningsNamingEveryLine) {
+  std::string text;
+  for (int i = 0; i < 12; ++i) text += i % 3 == 2 ? "a=1\n" : "junk\n";
+  EXPECT_TRUE(Reports(
+      "f.properties", text,
+      {"1: no '=': the line is ignored (also lines 2, 4-5, 7-8 and 10-11)",
+       "6: key 'a' repeats line 3: the last value wins",
+       "9: key 'a' repeats line 6: the last value wins",
+       "12: key 'a' repeats line 9: the last value wins"}));
+}
+
+TEST_F(PropctlTest, CheckNamesEightPlacesOfARepeatedWarningAndCountsTheRest) {
+  std::string text;
+  for (int i = 0; i < 21; ++i) text += i % 2 == 0 ? "junk\n" : "\n";
+  EXPECT_TRUE(Reports("f.properties", text,
+                      {"1: no '=': the line is ignored (also lines 3, 5, 7, "
+                       "9, 11, 13, 15, 17 and 2 more)"}));
+}
+
 TEST_F(PropctlTest, CheckAcceptsCleanIniFile) {
   EXPECT_TRUE(Reports("f.ini",
-                      ";header\n\n[ s ] ; note\n#k = \" v \"\nx=[1]\n\n"
-                      "\"[t]\"\nk=v\r\n",
+                      ";header\n\n[ s ] ; note\n# note\nk = v ; note\n"
+                      "x=[1]\n\n\"[t]\"\nk=v\n",
                       {}));
 }
 
 TEST_F(PropctlTest, CheckAcceptsCleanFlatFile) {
-  EXPECT_TRUE(
-      Reports("f.properties", "#header\na=b=c\n;k=\" v \"  # note\n", {}));
+  EXPECT_TRUE(Reports("f.properties", "#header\na=b=c\nk = v  # note\n", {}));
 }
 
 TEST_F(PropctlTest, CheckOfMissingFileExitsTwo) {

@@ -1,5 +1,6 @@
 // FileCheck.h - finds the lines of a property file that the library reads
-// differently from what they seem to say, without the library's reader
+// differently from what they seem to say, or that its rewrite would change,
+// without the library's reader
 // (which never returns on a line of 512 or more characters unless long lines
 // are on).
 //
@@ -26,8 +27,11 @@ struct FileFinding {
 };
 
 // The warnings for text, the whole content of a file of format, in line
-// order (several for one line in a fixed order). Empty if the library reads
-// every line as it appears to be meant.
+// order (several for one line in a fixed order): lines the library reads
+// otherwise than they appear to be meant, and what the library's rewrite of
+// the file would change. A warning whose text repeats is given once, at its
+// first line, with " (also lines ...)" naming the others. Empty if there is
+// nothing to say.
 std::vector<FileFinding> CheckFileText(const std::string& text,
                                        FileFormat format);
 
