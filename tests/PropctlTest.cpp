@@ -1129,7 +1129,7 @@ TEST_F(PropctlTest, CheckReportsBackslashThatJoinsNoLine) {
                        "them)",
                        "2: CR LF line end: a rewrite ends lines with LF "
                        "alone"}));
-  EXPECT_TRUE(Reports("f.properties", "a=1 \\\nb=2\n",
+  EXPECT_TRUE(Reports("f.properties", "a=1 \\\n  b=2\n",
                       {"1: '\\' at the end joins no line: the value keeps "
                        "the '\\', and line 2 is read on its own"}));
 }
@@ -1165,6 +1165,28 @@ TEST_F(PropctlTest, CheckReportsIndentedLinesAfterIniEntry) {
                       "[options]\npackages =\n    one\n    two\n\nx=1\n",
                       {"3: indented line: not joined to the entry above, the "
                        "line is ignored (also line 4)"}));
+}
+
+TEST_F(PropctlTest, CheckReportsIndentedEntryLinesAfterIniEntry) {
+  EXPECT_TRUE(Reports("f.ini", "[s]\nneeds =\n    lib>=2\n    x\ny=1\n",
+                      {"3: indented line: not joined to the entry above, read "
+                       "as the key 'lib>'",
+                       "4: indented line: not joined to the entry above, the "
+                       "line is ignored"}));
+}
+
+TEST_F(PropctlTest, CheckTakesEntriesIndentedAlikeAsEntries) {
+  EXPECT_TRUE(Reports("f.ini", "[core]\n\tbare = false\n\tname = x\n", {}));
+}
+
+TEST_F(PropctlTest, CheckTakesBackslashBeforeAnEntryAsPartOfTheValue) {
+  EXPECT_TRUE(Reports("f.ini", "[p]\ndir=D:\\data\\\nx=1\n", {}));
+}
+
+TEST_F(PropctlTest, CheckReportsExportInFrontOfFlatKeys) {
+  EXPECT_TRUE(
+      Reports("f.env", "export A=1\nexport\tB=2\nexports=3\n",
+              {"1: 'export' is read as part of the key (also line 2)"}));
 }
 
 TEST_F(PropctlTest, CheckGroupsRepeatedWarningsNamingEveryLine) {

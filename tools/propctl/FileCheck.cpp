@@ -111,6 +111,8 @@ class Checker {
   void CheckContinuation(size_t index, const std::string& text);
   // Text that is neither an entry, a header nor a comment.
   void CheckIgnored(int number, const std::string& text);
+  // INI: whether text is indented deeper than the entry before it.
+  bool Continues(const std::string& text) const;
   // The library's own field cleaning, on a copy.
   std::string Cleaned(const std::string& field);
 
@@ -126,8 +128,9 @@ class Checker {
   std::map<std::string, int> m_keyLines;
   // Lines up to (not including) this index continue an entry's '\'.
   size_t m_continuedUntil = 0;
-  // INI: the line before was an entry or an indented line after one.
-  bool m_afterEntry = false;
+  // INI: the indentation of the entry that lines indented deeper seem to
+  // continue; npos when no entry came last.
+  size_t m_entryIndent = std::string::npos;
   std::vector<FileFinding> m_findings;
 };
 
@@ -293,7 +296,7 @@ bool Checker::TakeHeader(int number, std::string& text) {
   m_inSection = true;
   m_section = name;
   m_keyLines.clear();
-  m_afterEntry = false;
+  m_entryIndent = std::string::npos;
   return true;
 }
 
@@ -328,7 +331,18 @@ void Checker::CheckEntry(size_t index, const std::string& text, size_t equals) {
   if (commentLike && Ini() && (!m_inSection || m_section.empty())) return;
   const std::string key = Cleaned(text.substr(0, equals));
   if (!TakeEntry(number, key)) return;
-  m_afterEntry = true;
+  if (Ini() && Continues(text)) {
+    Warn(number,
+         "indented line: not joined to the entry above, read as the "
+         "key " +
+             Quoted(key));
+  } else if (Ini()) {
+    m_entryIndent = first;
+  }
+  if (!Ini() && key.compare(0, 6, "export") == 0 && key.size() > 6 &&
+      IsBlank(key[6])) {
+    Warn(number, "'export' is read as part of the key");
+  }
   if (commentLike) {
     Warn(number, Quoted(std::string(1, text[first])) +
                      " starts no comment in " + (Ini() ? "INI" : "flat") +
@@ -377,7 +391,16 @@ void Checker::CheckContinuation(size_t index, const std::string& text) {
     const size_t run = end.size() - (last == std::string::npos ? 0 : last + 1);
     return run % 2 == 1;
   };
-  if (!continues(text) || index + 1 >= m_lines.size()) return;
+  // A line that reads as an entry of its own is taken as meant to be one
+  // (as after a path that ends in '\\'); so is the end of the file.
+  const auto joined = [this](const std::string& line) {
+    const std::string content = line.substr(0, line.find(m_comment));
+    return IsBlank(line[0]) || content.find('=') == std::string::npos;
+  };
+  if (!continues(text) || index + 1 >= m_lines.size() ||
+      !joined(m_lines[index + 1])) {
+    return;
+  }
   size_t end = index + 1;
   while (end < m_lines.size() && continues(m_lines[end])) ++end;
   if (end == m_lines.size()) --end;
@@ -404,28 +427,33 @@ void Checker::CheckContinuation(size_t index, const std::string& text) {
 void Checker::CheckIgnored(int number, const std::string& text) {
   const std::string cleaned = Cleaned(text);
   if (cleaned.empty()) return;
-  const bool indented = IsBlank(text[0]);
   const size_t first = text.find_first_not_of(kBlanks);
   const std::string foreign = Ini() ? "#" : ";!";
   if (foreign.find(text[first]) != std::string::npos) return;  // A comment.
+  if (Ini() && Continues(text)) {
+    // Still after the entry: the next line indented alike continues it too.
+    Warn(number,
+         "indented line: not joined to the entry above, the line is "
+         "ignored");
+    return;
+  }
+  m_entryIndent = std::string::npos;
   if (!Ini() && cleaned[0] == '[' && cleaned.find(']') != std::string::npos) {
     Warn(number,
          "section header in a flat file: ignored, so the keys of all "
          "sections are read as one (--ini reads it as INI)");
-    return;
-  }
-  const size_t colon = cleaned.find(':');
-  if (colon != std::string::npos && colon > 0) {
+  } else if (cleaned.find(':') != std::string::npos && cleaned[0] != ':') {
     Warn(number, "':' is no separator (only '=' is): the line is ignored");
-  } else if (Ini() && indented && m_afterEntry) {
-    Warn(number,
-         "indented line: not joined to the entry above, the line is "
-         "ignored");
-    return;  // Still after an entry: the next indented line is alike.
   } else {
     Warn(number, "no '=': the line is ignored");
   }
-  m_afterEntry = false;
+}
+
+bool Checker::Continues(const std::string& text) const {
+  // Other INI readers join a line indented deeper than the entry before it
+  // to that entry's value.
+  return m_entryIndent != std::string::npos &&
+         text.find_first_not_of(kBlanks) > m_entryIndent;
 }
 
 std::string Checker::Cleaned(const std::string& field) {
