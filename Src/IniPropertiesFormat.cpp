@@ -39,14 +39,6 @@ bool HasSection(const Sections& sections, const propstring& name) {
          sections.count(name) != 0;
 }
 
-// The name of the header line [text, end) (which starts with '['): up to
-// the last ']', or, for a line without one, the rest of the line.
-void TakeSectionName(const char* text, const char* end, propstring& name) {
-  const void* close = ::memrchr(text, ']', static_cast<size_t>(end - text));
-  name.assign(text + 1,
-              close == nullptr ? end : static_cast<const char*>(close));
-}
-
 }  // namespace
 
 IniPropertiesFormat::LineParser::LineParser(IniProperties& store)
@@ -55,19 +47,13 @@ IniPropertiesFormat::LineParser::LineParser(IniProperties& store)
 void IniPropertiesFormat::LineParser::Line(char* line, char* end,
                                            int lineNumber) {
   end = PropertyTextReader::CutComment(line, end, ';');
-  if (MayBeHeader(PropertyTextReader::SkipBlanks(line, end), end)) {
-    // The whole line is cleaned, so a header may stand in blanks or quotes;
-    // an entry line goes on cleaned.
-    line = PropertyTextReader::ExtractField(line, end);
-    if (line < end && line[0] == '[') {
-      EndSection();
-      TakeSectionName(line, end, m_current);
-      if (HasSection(m_sections, m_current)) {
-        PropertyMessages::Write(PropertyMessages::kRedefinesSection,
-                                lineNumber);
-      }
-      return;
+  if (FindHeader(line, end)) {
+    EndSection();
+    TakeSectionName(line, end, m_current);
+    if (HasSection(m_sections, m_current)) {
+      PropertyMessages::Write(PropertyMessages::kRedefinesSection, lineNumber);
     }
+    return;
   }
   const auto* entry =
       PropertyTextReader::ReadEntry(m_pending, line, end, lineNumber);
@@ -82,6 +68,28 @@ void IniPropertiesFormat::LineParser::Finish() { EndSection(); }
 void IniPropertiesFormat::LineParser::EndSection() {
   if (!m_current.empty()) SectionNamed(m_sections, m_current).swap(m_pending);
   m_pending.clear();
+}
+
+bool IniPropertiesFormat::FindHeader(char*& line, char*& end) {
+  if (!MayBeHeader(PropertyTextReader::SkipBlanks(line, end), end)) {
+    return false;
+  }
+  // The whole line is cleaned, so a header may stand in blanks or quotes;
+  // an entry line goes on cleaned.
+  line = PropertyTextReader::ExtractField(line, end);
+  return line < end && line[0] == '[';
+}
+
+void IniPropertiesFormat::TakeSectionName(const char* text, const char* end,
+                                          propstring& name) {
+  const void* close = ::memrchr(text, ']', static_cast<size_t>(end - text));
+  name.assign(text + 1,
+              close == nullptr ? end : static_cast<const char*>(close));
+}
+
+const std::map<propstring, Section>& IniPropertiesFormat::Sections(
+    const IniProperties& store) {
+  return store.m_sections;
 }
 
 void IniPropertiesFormat::Render(const IniProperties& store,

@@ -50,6 +50,20 @@ class IniPropertiesFormat {
     Section m_pending;     // The entries read under m_current.
   };
 
+  // Reads the line [line, end), its comment cut, as a header if it is one:
+  // returns true with [line, end) moved to the cleaned header text (which
+  // starts with '['). Otherwise returns false with [line, end) moved to the
+  // text the line's entry is read from.
+  static bool FindHeader(char*& line, char*& end);
+  // The section name of the cleaned header text [text, end): up to the last
+  // ']', or, for a header without one, the rest of the line.
+  static void TakeSectionName(const char* text, const char* end,
+                              propstring& name);
+
+  // The sections of store, each with its entries, in byte order.
+  static const std::map<propstring, std::map<propstring, propstring> >&
+  Sections(const IniProperties& store);
+
   // Appends the text that store is written as to text.
   static void Render(const IniProperties& store, const propstring& header,
                      PropertyTextBuffer& text);

@@ -21,6 +21,11 @@ void JavaPropertiesFormat::LineParser::Line(char* line, char* end,
 
 void JavaPropertiesFormat::LineParser::Finish() {}
 
+const std::map<propstring, propstring>& JavaPropertiesFormat::Entries(
+    const JavaProperties& store) {
+  return store.m_entries;
+}
+
 void JavaPropertiesFormat::Render(const JavaProperties& store,
                                   const propstring& header,
                                   PropertyTextBuffer& text) {

@@ -39,6 +39,10 @@ class JavaPropertiesFormat {
     std::map<propstring, propstring>& m_table;
   };
 
+  // The entries of store, in byte order of the keys.
+  static const std::map<propstring, propstring>& Entries(
+      const JavaProperties& store);
+
   // Appends the text that store is written as to text.
   static void Render(const JavaProperties& store, const propstring& header,
                      PropertyTextBuffer& text);

@@ -116,6 +116,12 @@ const AssertionText kAssertions[PropertyMessages::kAssertionCount] = {
 
 }  // namespace
 
+thread_local int PropertyMessages::m_silences = 0;
+
+PropertyMessages::Silence::Silence() { ++m_silences; }
+
+PropertyMessages::Silence::~Silence() { --m_silences; }
+
 void PropertyMessages::Fail(Assertion assertion) {
   const AssertionText& text = kAssertions[assertion];
   __assert_fail(text.expression, text.file, text.line, text.function);

@@ -37,11 +37,24 @@ class PropertyMessages {
   static char kRefusedInSection[];  // key, section, reason
   static char kRefusedHeader[];     // header, reason
 
-  // Logs one message at the level the library uses for all of them (1).
+  // Logs one message at the level the library uses for all of them (1),
+  // unless a Silence is open on the calling thread.
   template <typename... Args>
   static void Write(char* format, Args... args) {
-    Log(1, format, args...);
+    if (m_silences == 0) Log(1, format, args...);
   }
+
+  // While one is alive, Write() logs nothing on the thread that made it: for
+  // reads the library makes only to check its own work, which a program's
+  // Log() must not see as loads. Scopes nest.
+  class Silence {
+   public:
+    Silence();
+    ~Silence();
+
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+  };
   // The text of format with args, as a logging Log() prints it.
   static propstring Format(const char* format, ...);
   static propstring FormatList(const char* format, va_list args);
@@ -86,6 +99,9 @@ class PropertyMessages {
   static void Require(bool holds, Assertion assertion) {
     if (!holds) Fail(assertion);
   }
+
+ private:
+  static thread_local int m_silences;  // Silence scopes open on this thread.
 };
 
 #endif  // SRC_PROPERTYMESSAGES_H_

@@ -7,12 +7,16 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "support/AssertionMessage.h"
+#include "support/LogRecorder.h"
 
 namespace {
 
 using test_support::AssertionRegex;
+using test_support::LogRecorder;
 
 TEST(PropertyMessagesTest, LogFormatsAreTheEstablishedTexts) {
   EXPECT_STREQ("Error reading Line %d", PropertyMessages::kErrorReading);
@@ -169,6 +173,25 @@ TEST(PropertyMessagesDeathTest, RequireFailsOnlyWhenTheConditionDoesNotHold) {
       AssertionRegex("Src/PropertyManager.cpp", 102,
                      "void PropertyManager::RegisterClient(PropertyClient*)",
                      "client"));
+}
+
+TEST(PropertyMessagesTest, SilenceMutesWritesOfItsOwnThreadWhileAlive) {
+  LogRecorder log;
+  {
+    PropertyMessages::Silence outer;
+    {
+      PropertyMessages::Silence inner;
+      PropertyMessages::Write(PropertyMessages::kErrorReading, 1);
+    }
+    PropertyMessages::Write(PropertyMessages::kErrorReading, 2);
+    std::thread other(
+        [] { PropertyMessages::Write(PropertyMessages::kErrorReading, 3); });
+    other.join();
+  }
+  PropertyMessages::Write(PropertyMessages::kErrorReading, 4);
+  EXPECT_EQ(std::vector<std::string>(
+                {"Error reading Line 3", "Error reading Line 4"}),
+            log.Messages());
 }
 
 }  // namespace
