@@ -203,15 +203,6 @@ propstring FileLineEnd(const char* text, const std::vector<Line>& lines) {
   return any ? "\r\n" : "\n";
 }
 
-// True if text, which ends with a line feed, ends with an empty line (or
-// one of only a carriage return).
-bool EndsWithEmptyLine(const PropertyTextBuffer& text) {
-  const char* data = text.Data();
-  size_t last = text.Size() - 1;
-  if (last > 0 && data[last - 1] == '\r') --last;
-  return last == 0 || data[last - 1] == '\n';
-}
-
 bool Refuse(const char* reason, propstring& why) {
   why = reason;
   return false;
@@ -403,7 +394,6 @@ bool EditText(const char* original, size_t size,
       AppendEntry(*entry, lineEnd, text);
     }
   }
-  if (!newSections.empty() && !EndsWithEmptyLine(text)) text.Append(lineEnd);
   for (const Table::value_type* section : newSections) {
     text.Append('[');
     text.Append(section->first);
@@ -412,7 +402,6 @@ bool EditText(const char* original, size_t size,
     for (const Entries::value_type& entry : section->second) {
       AppendEntry(entry, lineEnd, text);
     }
-    text.Append(lineEnd);
   }
 
   // The guarantee: the edit reads as the normalised text does, or it is

@@ -15,9 +15,9 @@
 //   the last occurrence of its section, right after that occurrence's last
 //   entry line (or its header line if it has none), so that comments and
 //   blank lines that close the section stay after it; a section the file
-//   lacks is added at the end of the file as the normalised text writes it
-//   ("[name]", the entries, an empty line), new sections in byte order, and
-//   after an empty line if the file does not end with one.
+//   lacks is added at the end of the file, its "[name]" line and then its
+//   entries, new sections in byte order. Nothing else is added (no empty
+//   lines), so that one new entry is one new line, or two with its section.
 // - Added lines end as the file's lines do (a carriage return and a line
 //   feed if every line feed of the file has a carriage return before it,
 //   else a line feed); a last line without a line feed gets one before

@@ -339,10 +339,10 @@ TEST(PropertyLayoutKeeperIniTest, RepeatedSectionIsEditedInItsLastOccurrence) {
 }
 
 TEST(PropertyLayoutKeeperIniTest, NewSectionsGoToTheEndInByteOrder) {
-  EXPECT_EQ("[s]\na=1\n\n[t]\ny=2\n\n[u]\nx=1\nz=3\n\n",
+  EXPECT_EQ("[s]\na=1\n[t]\ny=2\n[u]\nx=1\nz=3\n",
             Edited<Ini>("[s]\na=1",
                         {{"u", "z", "3"}, {"u", "x", "1"}, {"t", "y", "2"}}));
-  EXPECT_EQ("[s]\r\n\r\n[t]\r\ny=2\r\n\r\n",
+  EXPECT_EQ("[s]\r\n\r\n[t]\r\ny=2\r\n",
             Edited<Ini>("[s]\r\n\r\n", {{"t", "y", "2"}}));
 }
 
