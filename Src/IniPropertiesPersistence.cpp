@@ -6,6 +6,7 @@
 #include "IniPropertiesPersistence.h"
 
 #include "IniPropertiesFormat.h"
+#include "PropertyChoices.h"
 #include "PropertyFileBinding.h"
 #include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
@@ -22,6 +23,7 @@ IniPropertiesPersistence::IniPropertiesPersistence(const propstring& filePath,
 
 IniPropertiesPersistence::~IniPropertiesPersistence() {
   PropertyFileTroubles::Forget(&m_boundProperties);
+  PropertyChoices::Forget(&m_boundProperties);
 }
 
 propstring IniPropertiesPersistence::GetFilePath() const { return m_filePath; }

@@ -6,6 +6,7 @@
 #include "JavaPropertiesPersistence.h"
 
 #include "JavaPropertiesFormat.h"
+#include "PropertyChoices.h"
 #include "PropertyFileBinding.h"
 #include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
@@ -22,6 +23,7 @@ JavaPropertiesPersistence::JavaPropertiesPersistence(const propstring& filePath,
 
 JavaPropertiesPersistence::~JavaPropertiesPersistence() {
   PropertyFileTroubles::Forget(&m_boundProperties);
+  PropertyChoices::Forget(&m_boundProperties);
 }
 
 propstring JavaPropertiesPersistence::GetFilePath() const { return m_filePath; }

@@ -29,6 +29,14 @@ bool PropertyDefaults::StrictValues() {
   return strict;
 }
 
+bool PropertyDefaults::KeepLayout() {
+  static const bool keep = [] {
+    const char* text = Variable("LIBPROPERTIES_KEEP_LAYOUT");
+    return text != nullptr && std::strcmp(text, "1") == 0;
+  }();
+  return keep;
+}
+
 long PropertyDefaults::LockTimeoutMilliseconds() {
   static const long timeout = [] {
     const char* text = Variable("LIBPROPERTIES_LOCK_TIMEOUT_MS");

@@ -10,6 +10,8 @@
 //                             (-DPROPERTIES_LONG_LINES=read|limit).
 //   LIBPROPERTIES_STRICT      "1": managers refuse texts that would not read
 //                             back from their file; "0" or unset: they don't.
+//   LIBPROPERTIES_KEEP_LAYOUT "1": rewrites keep the layout of existing files
+//                             (PropertyLayout.h); "0" or unset: they don't.
 //   LIBPROPERTIES_LOG         "stderr", "syslog", "none", or a file path:
 //                             where Log() writes. Unset: the build's choice
 //                             (-DPROPERTIES_LOG=none|stderr).
@@ -27,6 +29,7 @@ class PropertyDefaults {
  public:
   static bool LongLines();
   static bool StrictValues();
+  static bool KeepLayout();
   static long LockTimeoutMilliseconds();
 
   enum LogSink { kLogNowhere, kLogToStderr, kLogToSyslog, kLogToFile };

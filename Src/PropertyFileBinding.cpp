@@ -6,8 +6,10 @@
 
 #include "IniPropertiesFormat.h"
 #include "JavaPropertiesFormat.h"
+#include "PropertyChoices.h"
 #include "PropertyFile.h"
 #include "PropertyFileTroubles.h"
+#include "PropertyLayoutKeeper.h"
 #include "PropertyMessages.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyTextReader.h"
@@ -36,6 +38,8 @@ void PropertyFileBinding<Format>::Unbind(Property* property) {
 template <typename Format>
 void PropertyFileBinding<Format>::Rewrite() {
   PropertyFileTroubles::Scope troubles(&m_bound, m_path);
+  const bool keepLayout =
+      PropertyChoices::ForBinding(&m_bound, PropertyChoices::kKeepLayout);
   PropertyFile::Result result;
   // A pass reads, merges and renders with no lock held (a listener or a Log
   // hook may run meanwhile); only the final compare-and-write holds the
@@ -49,7 +53,7 @@ void PropertyFileBinding<Format>::Rewrite() {
     Load(store, &seen);
     for (Property* property : m_bound) Format::Put(store, *property);
     PropertyTextBuffer text;
-    Format::Render(store, m_header, text);
+    Render(store, seen, keepLayout, text);
     if (pass == kMaxPasses) seen = PropertyFile::Contents();
     result = PropertyFile::ReplaceIfUnchanged(m_path, seen, text.Data(),
                                               text.Size());
@@ -60,6 +64,29 @@ void PropertyFileBinding<Format>::Rewrite() {
   if (result == PropertyFile::kNotOpened) {
     PropertyMessages::Write(PropertyMessages::kCanNotWrite, m_path.c_str());
   }
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::Render(const Store& store,
+                                         const PropertyFile::Contents& seen,
+                                         bool keepLayout,
+                                         PropertyTextBuffer& text) {
+  if (keepLayout) {
+    propstring why = "the file was not read whole";
+    if (seen.state == PropertyFile::Contents::kAbsent) {
+      why.clear();  // A new file: its text is the store's either way.
+    } else if (seen.state == PropertyFile::Contents::kBytes &&
+               PropertyLayoutKeeper::Edit(seen.bytes.data(), seen.bytes.size(),
+                                          store, m_header, text, why)) {
+      return;
+    }
+    if (!why.empty()) {
+      PropertyMessages::Write(PropertyMessages::kLayoutNotKept, m_path.c_str(),
+                              why.c_str());
+    }
+    text.SetSize(0);
+  }
+  Format::Render(store, m_header, text);
 }
 
 template <typename Format>

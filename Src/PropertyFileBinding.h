@@ -61,6 +61,12 @@ class PropertyFileBinding {
   // comparing.
   enum { kMaxPasses = 100 };
 
+  // Sets text to what the file is rewritten to from store: an edit of the
+  // bytes seen, if keepLayout and one reads as store's text would, else
+  // store's text (logging why, if keepLayout).
+  void Render(const Store& store, const PropertyFile::Contents& seen,
+              bool keepLayout, PropertyTextBuffer& text);
+
   std::vector<Property*>& m_bound;
   const propstring& m_path;
   const propstring& m_header;

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "Property.h"
+#include "PropertyChoices.h"
 #include "PropertyManager.h"
 #include "PropertyMessages.h"
 #include "PropertyStrictValues.h"
@@ -118,6 +119,8 @@ class PropertyManagerOperations {
     if (index.count(path) != 0) return;
     if (writes) PropertyStrictValues::RequireHeader(manager, header);
     Persistence* persistence = new Persistence(path, header);
+    // Before the first rewrite, which may come as it is attached.
+    PropertyChoices::Own(&manager, &persistence->m_boundProperties);
     manager.RegisterClient(persistence);
     manager.AddRegistryListener(persistence);
     if (writes) manager.AddChangeListener(persistence);

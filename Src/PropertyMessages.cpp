@@ -35,6 +35,9 @@ char PropertyMessages::kCanNotWrite[] = "Can not write File '%s'";
 // Only ever logged when another program holds a file's lock too long.
 char PropertyMessages::kStayedLocked[] =
     "File '%s' stayed locked; going on without the lock";
+// Only ever logged where a program keeps its files' layout (PropertyLayout).
+char PropertyMessages::kLayoutNotKept[] =
+    "File '%s' is written anew, not in its own layout: %s";
 char PropertyMessages::kRefused[] =
     "Property '%s' can not be kept in its file: %s";
 char PropertyMessages::kRefusedInSection[] =

@@ -32,6 +32,7 @@ class PropertyMessages {
   static char kCanNotRead[];            // path
   static char kCanNotWrite[];           // path
   static char kStayedLocked[];          // path
+  static char kLayoutNotKept[];         // path, reason
   // Refusals of strict values (PropertySafety), as logged and as thrown.
   static char kRefused[];           // key, reason
   static char kRefusedInSection[];  // key, section, reason
