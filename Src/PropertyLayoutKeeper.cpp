@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <map>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -103,6 +104,11 @@ struct ValueSpot {
 struct Occurrence {
   size_t after = kEndOfText;  // The line after which entries are added.
   std::map<propstring, ValueSpot> spots;  // The last line of each key.
+  std::map<propstring, std::vector<size_t> > keyLines;  // Every line of each.
+  // INI: every occurrence of the section in the file, from its header line
+  // to its last entry line, the earlier ones (which the reader drops)
+  // included.
+  std::vector<std::pair<size_t, size_t> > ranges;
 };
 typedef std::map<propstring, Occurrence> Layout;
 
@@ -127,8 +133,14 @@ void ScanLayout(char* text, const std::vector<Line>& lines, Layout& layout) {
       Traits<Format>::TakeSectionName(line, end, name);
       // Entries under "[]" are read and dropped, as before any header.
       current = name.empty() ? nullptr : &layout[name];
-      if (current != nullptr) *current = Occurrence();
-      if (current != nullptr) current->after = i;
+      if (current != nullptr) {
+        std::vector<std::pair<size_t, size_t> > ranges;
+        ranges.swap(current->ranges);
+        *current = Occurrence();
+        current->ranges.swap(ranges);
+        current->ranges.push_back(std::make_pair(i, i));
+        current->after = i;
+      }
       continue;
     }
     if (current == nullptr) continue;
@@ -153,7 +165,9 @@ void ScanLayout(char* text, const std::vector<Line>& lines, Layout& layout) {
       if (end < lineEnd && value > blanks) value = blanks + 1;
       valueEnd = value;
     }
-    if (Format::kSectioned) current->after = i;
+    if (Format::kSectioned) current->after = current->ranges.back().second = i;
+    current->keyLines[propstring(key, static_cast<size_t>(keyEnd - key))]
+        .push_back(i);
     current->spots[propstring(key, static_cast<size_t>(keyEnd - key))] =
         ValueSpot{i, static_cast<size_t>(value - text),
                   static_cast<size_t>(valueEnd - text)};
@@ -172,11 +186,12 @@ void AppendField(const propstring& field, PropertyTextBuffer& text) {
   if (quoted) text.Append('"');
 }
 
-// Ends the last line of text with the file's line end; a carriage return
-// already there is kept as part of it.
+// Ends the last line of text with the file's line end, unless text is empty
+// or ends with a line feed; a carriage return already there is kept as part
+// of it.
 void EndLine(const propstring& lineEnd, PropertyTextBuffer& text) {
-  if (lineEnd.size() == 2 && text.Size() > 0 &&
-      text.Data()[text.Size() - 1] == '\r') {
+  if (text.Size() == 0 || text.Data()[text.Size() - 1] == '\n') return;
+  if (lineEnd.size() == 2 && text.Data()[text.Size() - 1] == '\r') {
     text.Append('\n');
   } else {
     text.Append(lineEnd);
@@ -274,7 +289,8 @@ bool Writable(const typename Format::Store& store, const Table& before,
 template <typename Format>
 bool EditText(const char* original, size_t size,
               const typename Format::Store& store, const propstring& header,
-              PropertyTextBuffer& text, propstring& why) {
+              PropertyTextBuffer& text, propstring& why,
+              PropertyLayoutKeeper::Removals removals) {
   text.SetSize(0);
   why.clear();
   // A new file is written as it always has been, header line included.
@@ -308,6 +324,7 @@ bool EditText(const char* original, size_t size,
   std::map<size_t, std::pair<const ValueSpot*, const propstring*> > changes;
   std::map<size_t, std::vector<const Entries::value_type*> > additions;
   std::vector<const Table::value_type*> newSections;
+  std::set<size_t> removed;  // Lines of entries and sections removed.
   for (const Table::value_type& section : target) {
     Table::const_iterator was = before.find(section.first);
     if (was == before.end()) {
@@ -353,15 +370,33 @@ bool EditText(const char* original, size_t size,
             std::make_pair(&spot->second, &entry.second);
       }
     }
+    // An entry the table lacks goes with every line of its key in the
+    // section's last occurrence: an earlier line would be read otherwise.
     for (const Entries::value_type& entry : was->second) {
-      if (section.second.count(entry.first) == 0) {
+      if (section.second.count(entry.first) != 0) continue;
+      if (removals == PropertyLayoutKeeper::kKeepEntries) {
         return Refuse("the table lacks an entry of the file", why);
       }
+      const auto lines = occurrence->second.keyLines.find(entry.first);
+      if (lines == occurrence->second.keyLines.end()) {
+        return Refuse("an entry's line could not be found", why);
+      }
+      removed.insert(lines->second.begin(), lines->second.end());
     }
   }
+  // A section the table lacks goes with every occurrence, header to last
+  // entry, for the same reason; what follows its last entry stays.
   for (const Table::value_type& section : before) {
-    if (target.count(section.first) == 0) {
+    if (target.count(section.first) != 0) continue;
+    if (removals == PropertyLayoutKeeper::kKeepEntries) {
       return Refuse("the table lacks a section of the file", why);
+    }
+    Layout::const_iterator occurrence = layout.find(section.first);
+    if (occurrence == layout.end()) {
+      return Refuse("a section of the file could not be found", why);
+    }
+    for (const std::pair<size_t, size_t>& range : occurrence->second.ranges) {
+      for (size_t i = range.first; i <= range.second; ++i) removed.insert(i);
     }
   }
 
@@ -369,7 +404,9 @@ bool EditText(const char* original, size_t size,
   for (size_t i = 0; i < lines.size(); ++i) {
     const Line& line = lines[i];
     auto change = changes.find(i);
-    if (change == changes.end()) {
+    if (removed.count(i) != 0) {
+      // Gone, line end and all; entries added after it still come here.
+    } else if (change == changes.end()) {
       text.Append(original + line.begin, line.end - line.begin);
     } else {
       const ValueSpot& spot = *change->second.first;
@@ -377,18 +414,16 @@ bool EditText(const char* original, size_t size,
       AppendField(*change->second.second, text);
       text.Append(original + spot.end, line.end - spot.end);
     }
-    if (line.fed) text.Append('\n');
+    if (line.fed && removed.count(i) == 0) text.Append('\n');
     auto added = additions.find(i);
     if (added == additions.end()) continue;
-    if (!line.fed) EndLine(lineEnd, text);
+    EndLine(lineEnd, text);
     for (const Entries::value_type* entry : added->second) {
       AppendEntry(*entry, lineEnd, text);
     }
   }
   auto atEnd = additions.find(kEndOfText);
-  if ((atEnd != additions.end() || !newSections.empty()) && !lines.back().fed) {
-    EndLine(lineEnd, text);
-  }
+  if (atEnd != additions.end() || !newSections.empty()) EndLine(lineEnd, text);
   if (atEnd != additions.end()) {
     for (const Entries::value_type* entry : atEnd->second) {
       AppendEntry(*entry, lineEnd, text);
@@ -423,15 +458,17 @@ bool EditText(const char* original, size_t size,
 bool PropertyLayoutKeeper::Edit(const char* original, size_t size,
                                 const JavaProperties& store,
                                 const propstring& header,
-                                PropertyTextBuffer& text, propstring& why) {
+                                PropertyTextBuffer& text, propstring& why,
+                                Removals removals) {
   return EditText<JavaPropertiesFormat>(original, size, store, header, text,
-                                        why);
+                                        why, removals);
 }
 
 bool PropertyLayoutKeeper::Edit(const char* original, size_t size,
                                 const IniProperties& store,
                                 const propstring& header,
-                                PropertyTextBuffer& text, propstring& why) {
-  return EditText<IniPropertiesFormat>(original, size, store, header, text,
-                                       why);
+                                PropertyTextBuffer& text, propstring& why,
+                                Removals removals) {
+  return EditText<IniPropertiesFormat>(original, size, store, header, text, why,
+                                       removals);
 }

@@ -39,8 +39,9 @@
 // or the comment character, a new key that holds '=' (or, INI, starts with
 // '['), a line of 512 characters or longer while long lines are off
 // (PropertySafety::LongLines(), in the file, the normalised text or the
-// edit), an entry or section of the file that the table lacks, and any edit
-// that would not read back as the table.
+// edit), an entry or section of the file that the table lacks (unless
+// removals are asked for), and any edit that would not read back as the
+// table.
 //
 // Pure: no file access, no log lines, no state; any thread.
 
@@ -56,6 +57,17 @@
 
 class PropertyLayoutKeeper {
  public:
+  // What may become of the file's entries.
+  enum Removals {
+    kKeepEntries,   // A rewrite that merges: the table holds every entry of
+                    // the file, else the edit is refused.
+    kRemoveEntries  // An entry or section the table lacks goes, with every
+                    // line of its key in the section's last occurrence (an
+                    // earlier one would be read instead), or every
+                    // occurrence of the section from its header to its last
+                    // entry line.
+  };
+
   // Sets text to an edit of the file text original[0, size) (any bytes) that
   // reads as the normalised text of store and header (with the flat format's
   // rules) reads, and returns true. Returns false with why set to a short
@@ -63,11 +75,13 @@ class PropertyLayoutKeeper {
   // unspecified.
   static bool Edit(const char* original, size_t size,
                    const JavaProperties& store, const propstring& header,
-                   PropertyTextBuffer& text, propstring& why);
+                   PropertyTextBuffer& text, propstring& why,
+                   Removals removals = kKeepEntries);
   // The same for the INI format.
   static bool Edit(const char* original, size_t size,
                    const IniProperties& store, const propstring& header,
-                   PropertyTextBuffer& text, propstring& why);
+                   PropertyTextBuffer& text, propstring& why,
+                   Removals removals = kKeepEntries);
 };
 
 #endif  // SRC_PROPERTYLAYOUTKEEPER_H_

@@ -108,11 +108,13 @@ struct Outcome {
 
 template <typename F>
 Outcome EditStore(const std::string& original, const typename F::Store& store,
-                  const std::string& header) {
+                  const std::string& header,
+                  PropertyLayoutKeeper::Removals removals =
+                      PropertyLayoutKeeper::kKeepEntries) {
   PropertyTextBuffer text;
   propstring why;
   const bool edited = PropertyLayoutKeeper::Edit(
-      original.data(), original.size(), store, header, text, why);
+      original.data(), original.size(), store, header, text, why, removals);
   return Outcome{edited, std::string(text.Data(), text.Size()), why};
 }
 
@@ -132,6 +134,17 @@ template <typename F>
 std::string Edited(const std::string& original,
                    const std::vector<std::vector<std::string> >& sets) {
   const Outcome outcome = EditTo<F>(original, sets);
+  return outcome.edited ? outcome.text : "refused: " + outcome.why;
+}
+
+// The edit of original to the table that desired reads as, entries and
+// sections it lacks removed, or "refused: <why>".
+template <typename F>
+std::string EditedTo(const std::string& original, const std::string& desired) {
+  typename F::Store store;
+  Read<typename F::Format>(desired, store);
+  const Outcome outcome =
+      EditStore<F>(original, store, "h", PropertyLayoutKeeper::kRemoveEntries);
   return outcome.edited ? outcome.text : "refused: " + outcome.why;
 }
 
@@ -359,6 +372,40 @@ TEST(PropertyLayoutKeeperIniTest, NewKeyStartingWithBracketFallsBack) {
 TEST(PropertyLayoutKeeperIniTest, HeaderInBlanksAndQuotesIsFound) {
   EXPECT_EQ("  \"[s]\" ; c\na=2\n",
             Edited<Ini>("  \"[s]\" ; c\na=1\n", {{"s", "a", "2"}}));
+}
+
+TYPED_TEST(PropertyLayoutKeeperTest,
+           MergingEditOfTableThatLacksEntryIsRefused) {
+  typename TypeParam::Store store;
+  Read<typename TypeParam::Format>(this->T("b=2\n"), store);
+  EXPECT_EQ("the table lacks an entry of the file",
+            EditStore<TypeParam>(this->T("a=1\nb=2\n"), store, "h").why);
+}
+
+TYPED_TEST(PropertyLayoutKeeperTest, RemovedEntryTakesEveryLineOfItsKey) {
+  EXPECT_EQ(this->T("# c\nb=2\n"),
+            EditedTo<TypeParam>(this->T("a=1\n# c\nb=2\n a = 3\n"),
+                                this->T("b=2\n")));
+}
+
+TYPED_TEST(PropertyLayoutKeeperTest, RemovedLastLineWithoutLineFeedGoesWhole) {
+  EXPECT_EQ(this->T("b=2\n"),
+            EditedTo<TypeParam>(this->T("b=2\na=1"), this->T("b=2\n")));
+}
+
+TEST(PropertyLayoutKeeperIniTest, RemovedEntryGoesFromLastOccurrenceOnly) {
+  EXPECT_EQ("[s]\na=1\n[s]\nb=1\n",
+            EditedTo<Ini>("[s]\na=1\n[s]\na=2\nb=1\n", "[s]\nb=1\n"));
+}
+
+TEST(PropertyLayoutKeeperIniTest, RemovedSectionTakesEveryOccurrence) {
+  EXPECT_EQ("; about t\n[t]\nx=1\n\n; end\n",
+            EditedTo<Ini>("[s]\na=1\n; about t\n[t]\nx=1\n[s]\nb=2\n\n; end\n",
+                          "[t]\nx=1\n"));
+}
+
+TEST(PropertyLayoutKeeperIniTest, RemovedSectionWithoutEntriesTakesItsHeader) {
+  EXPECT_EQ("[t]\nx=1\n", EditedTo<Ini>("[s]\n[t]\nx=1\n", "[t]\nx=1\n"));
 }
 
 // Randomized files and tables.
