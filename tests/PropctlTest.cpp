@@ -181,7 +181,7 @@ TEST_F(PropctlTest, SetIntoConfFileStartingWithSectionHeaderWritesIni) {
   const std::string file = Write("f.conf", "[s]\nk = 1\n");
   EXPECT_TRUE(Ran(Run({"set", file, "t", "k", "2"}), 0, "",
                   "propctl: " + file + kGuessedIni));
-  EXPECT_EQ("[s]\nk=1\n\n[t]\nk=2\n\n", Read("f.conf"));
+  EXPECT_EQ("[s]\nk = 1\n[t]\nk=2\n", Read("f.conf"));
 }
 
 TEST_F(PropctlTest, SetCreatesMissingConfFileAsFlatFile) {
@@ -237,9 +237,35 @@ TEST_F(PropctlTest, SetOfListPositionStoresElementText) {
   EXPECT_EQ("color=green\n", Read("f.properties"));
 }
 
-TEST_F(PropctlTest, SetMergesIntoFlatFileAsLibraryRewritesIt) {
+TEST_F(PropctlTest, SetChangesOnlyTheLineOfItsKey) {
+  const std::string file =
+      Write("f.properties", "# server\n\nport = 8080  # web\nname=demo\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "port", "9090"}), 0, "", ""));
+  EXPECT_EQ("# server\n\nport = 9090  # web\nname=demo\n",
+            Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetOfNewKeyAddsOneLine) {
+  const std::string file = Write("f.ini", "; ui\n[s]\nk = 1\n\n; end\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "s", "j", "2"}), 0, "", ""));
+  EXPECT_EQ("; ui\n[s]\nk = 1\nj=2\n\n; end\n", Read("f.ini"));
+}
+
+TEST_F(PropctlTest, SetSaysWhenItWritesTheFileAnew) {
+  // The file's key '"a"' reads back from the library's text as 'a': no edit
+  // of the file reads as that text does.
+  const std::string file = Write("f.properties", "\"\"a\"\"=1\nb=2\n");
+  EXPECT_TRUE(Ran(Run({"set", file, "b", "3"}), 0, "",
+                  "propctl: " + file +
+                      ": written anew, not in its own layout: the table "
+                      "lacks an entry of the file\n"));
+  EXPECT_EQ("\"a\"=1\nb=3\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, SetNormalizeWritesFlatFileAsLibraryRewritesIt) {
   const std::string file = Write("f.properties", kFlat);
-  EXPECT_TRUE(Ran(Run({"set", file, "banner", "hello"}), 0, "", ""));
+  EXPECT_TRUE(
+      Ran(Run({"set", "--normalize", file, "banner", "hello"}), 0, "", ""));
   EXPECT_EQ("banner=hello\nname=demo\nport=8080\n", Read("f.properties"));
 }
 
@@ -253,7 +279,7 @@ TEST_F(PropctlTest, SetReplacesStoredTextThatTypeRejects) {
 TEST_F(PropctlTest, SetCreatesSectionOfIniFile) {
   const std::string file = Write("f.ini", "[window]\nwidth = 1024\n");
   EXPECT_TRUE(Ran(Run({"set", file, "panel", "width", "240"}), 0, "", ""));
-  EXPECT_EQ("[panel]\nwidth=240\n\n[window]\nwidth=1024\n\n", Read("f.ini"));
+  EXPECT_EQ("[window]\nwidth = 1024\n[panel]\nwidth=240\n", Read("f.ini"));
 }
 
 TEST_F(PropctlTest, SetCreatesMissingFile) {
@@ -269,28 +295,28 @@ TEST_F(PropctlTest, SetWritesHeaderGiven) {
   EXPECT_EQ(";user interface\n[s]\nk=2\n\n", Read("f.ini"));
 }
 
-TEST_F(PropctlTest, SetKeepsFirstCommentLineOfFlatFileAsHeader) {
+TEST_F(PropctlTest, SetNormalizeKeepsFirstCommentLineOfFlatFileAsHeader) {
   const std::string file =
       Write("f.properties", "#server settings\nport=1\n# note\n");
-  EXPECT_TRUE(Ran(Run({"set", file, "port", "2"}), 0, "", ""));
+  EXPECT_TRUE(Ran(Run({"set", "--normalize", file, "port", "2"}), 0, "", ""));
   EXPECT_EQ("#server settings\nport=2\n", Read("f.properties"));
 }
 
-TEST_F(PropctlTest, SetKeepsFirstCommentLineOfIniFileAsHeader) {
+TEST_F(PropctlTest, SetNormalizeKeepsFirstCommentLineOfIniFileAsHeader) {
   const std::string file = Write("f.ini", ";user interface\n[s]\nk=1\n");
-  EXPECT_TRUE(Ran(Run({"set", file, "s", "k", "2"}), 0, "", ""));
+  EXPECT_TRUE(Ran(Run({"set", "--normalize", file, "s", "k", "2"}), 0, "", ""));
   EXPECT_EQ(";user interface\n[s]\nk=2\n\n", Read("f.ini"));
 }
 
-TEST_F(PropctlTest, SetKeepsNoHeaderWhenFirstLineIsNoComment) {
+TEST_F(PropctlTest, SetNormalizeKeepsNoHeaderWhenFirstLineIsNoComment) {
   const std::string file = Write("f.properties", "port=1\n#later\n");
-  EXPECT_TRUE(Ran(Run({"set", file, "port", "2"}), 0, "", ""));
+  EXPECT_TRUE(Ran(Run({"set", "--normalize", file, "port", "2"}), 0, "", ""));
   EXPECT_EQ("port=2\n", Read("f.properties"));
 }
 
-TEST_F(PropctlTest, SetKeepsOnlyCommentLineOfTheFormatAsHeader) {
+TEST_F(PropctlTest, SetNormalizeKeepsOnlyCommentLineOfTheFormatAsHeader) {
   const std::string file = Write("f.ini", "#not a comment here\n[s]\nk=1\n");
-  EXPECT_TRUE(Ran(Run({"set", file, "s", "k", "2"}), 0, "", ""));
+  EXPECT_TRUE(Ran(Run({"set", "--normalize", file, "s", "k", "2"}), 0, "", ""));
   EXPECT_EQ("[s]\nk=2\n\n", Read("f.ini"));
 }
 
@@ -556,7 +582,7 @@ TEST_F(PropctlTest, SetStoresUnderStrictValuesWhatTheyAccept) {
   const std::string file = Write("f.properties", "k = 1\n");
   EXPECT_TRUE(
       Ran(Run({"set", file, "k", "2"}, {"LIBPROPERTIES_STRICT=1"}), 0, "", ""));
-  EXPECT_EQ("k=2\n", Read("f.properties"));
+  EXPECT_EQ("k = 2\n", Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetRejectsHeaderLongerThanALineAndLeavesFileUnchanged) {
@@ -626,14 +652,14 @@ TEST_F(PropctlTest, ListRefusesFileWithLongLineUnderTheLimit) {
 TEST_F(PropctlTest, SetKeepsLongEntryOfFileWhenLongLinesAreOn) {
   const std::string file = Write("f.properties", LineOfLength(600) + "\na=1\n");
   EXPECT_TRUE(Ran(Run({"set", file, "a", "2"}, {kRead}), 0, "", ""));
-  EXPECT_EQ("a=2\n" + LineOfLength(600) + "\n", Read("f.properties"));
+  EXPECT_EQ(LineOfLength(600) + "\na=2\n", Read("f.properties"));
 }
 
 TEST_F(PropctlTest, SetStoresEntryOfLongLineWhenLongLinesAreOn) {
   const std::string file = Write("f.ini", "[s]\na=1\n");
   const std::string value(600, 'v');
   EXPECT_TRUE(Ran(Run({"set", file, "s", "k", value}, {kRead}), 0, "", ""));
-  EXPECT_EQ("[s]\na=1\nk=" + value + "\n\n", Read("f.ini"));
+  EXPECT_EQ("[s]\na=1\nk=" + value + "\n", Read("f.ini"));
   EXPECT_TRUE(Ran(Run({"get", file, "s", "k"}, {kRead}), 0, value + "\n", ""));
 }
 
@@ -699,7 +725,7 @@ TEST_F(PropctlTest, SetDryRunPrintsTheNewTextAndChangesNothing) {
   const std::string text = "#server\nport = 8080\n# comment\nname=demo\n";
   const std::string file = Write("f.properties", text);
   EXPECT_TRUE(Ran(Run({"set", "--dry-run", file, "port", "9090"}), 0,
-                  "#server\nname=demo\nport=9090\n", ""));
+                  "#server\nport = 9090\n# comment\nname=demo\n", ""));
   EXPECT_EQ(text, Read("f.properties"));
 }
 
@@ -720,29 +746,36 @@ TEST_F(PropctlTest, SetDryRunRefusesWhatSetRefuses) {
 
 // del ----------------------------------------------------------------------
 
-TEST_F(PropctlTest, DelRemovesFlatKeyAndKeepsTheHeader) {
+TEST_F(PropctlTest, DelRemovesFlatKeyAndKeepsEverythingElse) {
   const std::string file =
       Write("f.properties", "#server\nport = 8080\n# comment\nname=demo\n");
   EXPECT_TRUE(Ran(Run({"del", file, "port"}), 0, "", ""));
+  EXPECT_EQ("#server\n# comment\nname=demo\n", Read("f.properties"));
+}
+
+TEST_F(PropctlTest, DelNormalizeKeepsTheHeaderOnly) {
+  const std::string file =
+      Write("f.properties", "#server\nport = 8080\n# comment\nname=demo\n");
+  EXPECT_TRUE(Ran(Run({"del", "--normalize", file, "port"}), 0, "", ""));
   EXPECT_EQ("#server\nname=demo\n", Read("f.properties"));
 }
 
 TEST_F(PropctlTest, DelRemovesKeyOfSectionAndKeepsTheEmptySection) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"del", file, "panel", "width"}), 0, "", ""));
-  EXPECT_EQ("[panel]\n\n[window]\nwidth=1024\n\n", Read("f.ini"));
+  EXPECT_EQ("[window]\nwidth=1024\n\n[panel]\n", Read("f.ini"));
 }
 
 TEST_F(PropctlTest, DelRemovesWholeSectionOfIniFile) {
   const std::string file = Write("f.ini", ";ui\n" + std::string(kIni));
   EXPECT_TRUE(Ran(Run({"del", file, "window"}), 0, "", ""));
-  EXPECT_EQ(";ui\n[panel]\nwidth=240\n\n", Read("f.ini"));
+  EXPECT_EQ(";ui\n\n[panel]\nwidth=240\n", Read("f.ini"));
 }
 
 TEST_F(PropctlTest, UnsetRemovesKeyAsDelDoes) {
   const std::string file = Write("f.properties", kFlat);
   EXPECT_TRUE(Ran(Run({"unset", file, "name"}), 0, "", ""));
-  EXPECT_EQ("port=8080\n", Read("f.properties"));
+  EXPECT_EQ("port = 8080\n# comment\n", Read("f.properties"));
 }
 
 TEST_F(PropctlTest, DelWithHeaderOptionWritesThatHeader) {
@@ -799,7 +832,7 @@ TEST_F(PropctlTest, SetRefusesStandardInputBeforeReadingIt) {
 TEST_F(PropctlTest, DelDryRunPrintsTheNewTextAndChangesNothing) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"del", "--dry-run", file, "window", "width"}), 0,
-                  "[panel]\nwidth=240\n\n[window]\n\n", ""));
+                  "[window]\n\n[panel]\nwidth=240\n", ""));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 

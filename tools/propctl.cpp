@@ -44,6 +44,8 @@
 #include "PropertyDirectoryWatch.h"
 #include "PropertyFile.h"
 #include "PropertyFileLock.h"
+#include "PropertyLayout.h"
+#include "PropertyLayoutKeeper.h"
 #include "PropertySafety.h"
 #include "PropertyStrictValues.h"
 #include "PropertyTextBuffer.h"
@@ -89,6 +91,7 @@ struct Invocation {
   bool once = false;                  // --once
   bool json = false;                  // --json
   bool dryRun = false;                // --dry-run
+  bool normalize = false;             // --normalize
   bool version = false;               // --version
   std::vector<std::string> operands;
 };
@@ -134,11 +137,11 @@ const char kToolHelp[] =
     "Commands:\n"
     "  get [--json] FILE [SECTION] KEY\n"
     "                                print the value of KEY\n"
-    "  set [--type TYPE] [--header TEXT] [--dry-run] FILE [SECTION] KEY "
-    "VALUE\n"
+    "  set [--type TYPE] [--header TEXT] [--normalize] [--dry-run]\n"
+    "      FILE [SECTION] KEY VALUE\n"
     "                                check VALUE as TYPE and store it\n"
-    "  del [--header TEXT] [--dry-run] FILE [SECTION] KEY\n"
-    "  del [--header TEXT] [--dry-run] FILE SECTION\n"
+    "  del [--header TEXT] [--normalize] [--dry-run] FILE [SECTION] KEY\n"
+    "  del [--header TEXT] [--normalize] [--dry-run] FILE SECTION\n"
     "                                remove KEY, or a whole INI SECTION\n"
     "                                (unset is the same command)\n"
     "  list [--json] FILE            print the entries as the library reads "
@@ -200,26 +203,33 @@ const char kGetHelp[] =
 
 const char kSetHelp[] =
     "Usage: propctl set [--flat | --ini] [--type TYPE] [--header TEXT]\n"
-    "                   [--dry-run] FILE [SECTION] KEY VALUE\n"
+    "                   [--normalize] [--dry-run] FILE [SECTION] KEY VALUE\n"
     "\n"
     "Checks VALUE with the library's value type TYPE and stores it under KEY\n"
     "(in an INI file: in SECTION, which is created if needed) through a\n"
-    "read-write binding of the library. The file is read, merged and\n"
-    "rewritten by the library: other entries and sections are kept, and so\n"
-    "is a first comment line (see --header), while other comments, blank\n"
-    "lines, quotes and order are not. FILE is created if it\n"
-    "does not exist. What is stored is the type's text form of VALUE (an\n"
-    "integer 007 is stored as 7, a list position as the element's text).\n"
+    "read-write binding of the library, which keeps the file's layout: only\n"
+    "the line of KEY changes (a new KEY is one more line: after the last\n"
+    "entry of SECTION, or with a new [SECTION] line at the end), and\n"
+    "comments, blank lines, order, quotes and line ends stay. Where no such\n"
+    "edit reads back as the library's own text of the file would, the file\n"
+    "is written anew, and propctl says why. FILE is created if it does not\n"
+    "exist. What is stored is the type's text form of VALUE (an integer 007\n"
+    "is stored as 7, a list position as the element's text).\n"
     "\n"
     "Options:\n"
     "  --type TYPE     boolean, integer, double, string (the default), ip,\n"
     "                  or list:A|B|C (the choices; VALUE is one of them or\n"
     "                  its position from 0)\n"
-    "  --header TEXT   the comment line the rewritten file starts with: one\n"
-    "                  line of at most 510 characters, or \"\" for none\n"
-    "                  (default: the file's first line, if it is a comment\n"
-    "                  line: \"#...\" in a flat file, \";...\" in an INI "
-    "file)\n"
+    "  --normalize     write the file anew, as programs of the library do\n"
+    "                  by default: its first comment line (see --header),\n"
+    "                  then every entry in byte order (in an INI file every\n"
+    "                  section in byte order); other comments, blank lines,\n"
+    "                  quotes and order are lost\n"
+    "  --header TEXT   write the file anew (as --normalize) starting with\n"
+    "                  this comment line: one line of at most 510\n"
+    "                  characters, or \"\" for none (default: the file's\n"
+    "                  first line, if it is a comment line: \"#...\" in a\n"
+    "                  flat file, \";...\" in an INI file)\n"
     "  --dry-run       print the text the file would be rewritten to, after\n"
     "                  every check, and change nothing\n"
     "\n"
@@ -241,21 +251,25 @@ const char kSetHelp[] =
     "own rewrite of it failed).\n";
 
 const char kDelHelp[] =
-    "Usage: propctl del [--flat | --ini] [--header TEXT] [--dry-run]\n"
-    "                   FILE [SECTION] KEY\n"
-    "       propctl del [--ini] [--header TEXT] [--dry-run] FILE SECTION\n"
+    "Usage: propctl del [--flat | --ini] [--header TEXT] [--normalize]\n"
+    "                   [--dry-run] FILE [SECTION] KEY\n"
+    "       propctl del [--ini] [--header TEXT] [--normalize] [--dry-run]\n"
+    "                   FILE SECTION\n"
     "\n"
     "Removes KEY from FILE (in an INI file: from SECTION, which stays, even\n"
     "if it is then empty), or with SECTION alone a whole section of an INI\n"
-    "file. \"unset\" is the same command. The file is read, the entry taken\n"
-    "out and the file rewritten by the library's reader and writer, under\n"
-    "the same file locks as set: other entries and sections are kept, as is\n"
-    "a first comment line (see --header); other comments, blank lines,\n"
-    "quotes and order are not. FILE must exist.\n"
+    "file. \"unset\" is the same command. The file is read by the library's\n"
+    "reader and rewritten under the same file locks as set, keeping its\n"
+    "layout: every line of KEY goes (in an INI file, within the last\n"
+    "occurrence of SECTION, the one the library reads), or for a section\n"
+    "every occurrence from its header to its last entry; everything else\n"
+    "stays. FILE must exist.\n"
     "\n"
     "Options:\n"
-    "  --header TEXT   as for set: the comment line the rewritten file\n"
-    "                  starts with, \"\" for none (default: the file's own)\n"
+    "  --normalize     as for set: write the file anew, as programs of the\n"
+    "                  library do by default\n"
+    "  --header TEXT   as for set: write the file anew starting with this\n"
+    "                  comment line, \"\" for none\n"
     "  --dry-run       print the text the file would be rewritten to, and\n"
     "                  change nothing\n"
     "\n"
@@ -298,7 +312,8 @@ const char kCheckHelp[] =
     "\n"
     "Reports, one per line as FILE:LINE: message, every line that the\n"
     "library reads differently from what it seems to say, or that a rewrite\n"
-    "of the file by the library would change:\n"
+    "of the file anew would change (as programs of the library rewrite files\n"
+    "by default, and set and del with --normalize):\n"
     "  - lines of 512 or more characters (the reader never returns on them\n"
     "    unless long lines are on; reported either way, since other programs\n"
     "    may read the file) and of exactly 511 (the longest it takes)\n"
@@ -369,7 +384,7 @@ void TakeOption(const std::vector<std::string>& args, size_t& i,
   };
   if (name == "--flat" || name == "--ini" || name == "--help" ||
       name == "--once" || name == "--json" || name == "--dry-run" ||
-      name == "--version") {
+      name == "--normalize" || name == "--version") {
     if (equals != std::string::npos) fail(" takes no argument");
     if (name == "--help") {
       invocation.help = true;
@@ -379,6 +394,8 @@ void TakeOption(const std::vector<std::string>& args, size_t& i,
       invocation.json = true;
     } else if (name == "--dry-run") {
       invocation.dryRun = true;
+    } else if (name == "--normalize") {
+      invocation.normalize = true;
     } else if (name == "--version") {
       invocation.version = true;
     } else {
@@ -660,6 +677,27 @@ class FileStore {
   const FlatTable& Flat() const { return m_flat; }
   const IniTable& Ini() const { return m_ini; }
 
+  // What a rewrite of text makes of it for this table: an edit of text that
+  // keeps its layout (removals: whether entries of text the table lacks
+  // go), or, if none reads as the table's text does or normalize, the
+  // table's text. why tells why no edit was made ("" for none asked).
+  std::string Rewritten(const std::string& text, const std::string& header,
+                        bool normalize, PropertyLayoutKeeper::Removals removals,
+                        std::string& why) const {
+    why.clear();
+    if (!normalize) {
+      PropertyTextBuffer edited;
+      const bool kept =
+          m_format == FileFormat::kIni
+              ? PropertyLayoutKeeper::Edit(text.data(), text.size(), m_ini,
+                                           header, edited, why, removals)
+              : PropertyLayoutKeeper::Edit(text.data(), text.size(), m_flat,
+                                           header, edited, why, removals);
+      if (kept) return std::string(edited.Data(), edited.Size());
+    }
+    return Text(header);
+  }
+
  private:
   FileFormat m_format;
   FlatTable m_flat;
@@ -838,10 +876,12 @@ void RequireStrictEntry(const Target& target, const std::string& stored,
 }
 
 // Sets target.value through a read-write binding of the library, which
-// merges it into the file and rewrites the file.
+// merges it into the file and rewrites the file, keeping its layout if
+// keepLayout.
 void StoreThroughBinding(const Target& target, const ValueType& type,
-                         const std::string& header) {
+                         const std::string& header, bool keepLayout) {
   Properties* library = Properties::GetInstance();
+  PropertyLayout::SetKeepLayout(keepLayout);
   // Registering a key that the file holds loads it and rewrites the file at
   // once (a stored text the type rejects is left for the rewrite below).
   if (target.format == FileFormat::kIni) {
@@ -860,6 +900,21 @@ void StoreThroughBinding(const Target& target, const ValueType& type,
 }
 
 // ------------------------------------------------------------ commands --
+
+// Whether set or del writes the file anew, as the library's programs do by
+// default: asked for, or implied by a header to write (a file edited in its
+// own layout keeps its own first lines).
+bool Normalizes(const Invocation& invocation) {
+  return invocation.normalize || invocation.header.has_value();
+}
+
+// Tells, on standard error, why a rewrite of target writes the file anew
+// rather than in its own layout; nothing if why is empty.
+void NoteWrittenAnew(const Target& target, const std::string& why) {
+  if (why.empty()) return;
+  std::cerr << "propctl: " << target.path
+            << ": written anew, not in its own layout: " << why << '\n';
+}
 
 // Throws a usage error if path names standard input: command writes or
 // watches its FILE.
@@ -900,16 +955,21 @@ int RunSet(const Invocation& invocation) {
   const std::string text = RequireBindable(target.path);
   const std::string header = HeaderFor(invocation, text, target.format);
   RequireStrictEntry(target, stored, header);
+  // What the binding's rewrite makes of the file as it is now.
+  FileStore store(target.format);
+  store.Parse(text);
+  store.Put(target, stored);
+  std::string why;
+  const std::string rewritten =
+      store.Rewritten(text, header, Normalizes(invocation),
+                      PropertyLayoutKeeper::kKeepEntries, why);
+  NoteWrittenAnew(target, why);
   if (invocation.dryRun) {
-    // What the binding's rewrite makes of the file as it is now.
-    FileStore store(target.format);
-    store.Parse(text);
-    store.Put(target, stored);
-    std::cout << store.Text(header);
+    std::cout << rewritten;
     return kSuccess;
   }
   try {
-    StoreThroughBinding(target, type, header);
+    StoreThroughBinding(target, type, header, !Normalizes(invocation));
   } catch (const Property::WrongValue& rejection) {
     // A library that keeps strict values refuses before it writes.
     throw Failure{target.path + ": " + rejection.m_message};
@@ -964,8 +1024,11 @@ bool RemoveThroughRewrite(const Invocation& invocation, const Target& target) {
     FileStore store(target.format);
     store.Parse(text);
     if (!store.Remove(target)) return false;
-    const std::string written =
-        store.Text(HeaderFor(invocation, text, target.format));
+    std::string why;
+    const std::string written = store.Rewritten(
+        text, HeaderFor(invocation, text, target.format),
+        Normalizes(invocation), PropertyLayoutKeeper::kRemoveEntries, why);
+    if (pass == 1) NoteWrittenAnew(target, why);
     if (pass == kMaxPasses) seen = PropertyFile::Contents();
     const PropertyFile::Result result = PropertyFile::ReplaceIfUnchanged(
         target.path, seen, written.data(), written.size());
@@ -989,7 +1052,11 @@ int RunDel(const Invocation& invocation) {
     FileStore store(target.format);
     store.Parse(text);
     if (!store.Remove(target)) return kNegative;
-    std::cout << store.Text(HeaderFor(invocation, text, target.format));
+    std::string why;
+    std::cout << store.Rewritten(
+        text, HeaderFor(invocation, text, target.format),
+        Normalizes(invocation), PropertyLayoutKeeper::kRemoveEntries, why);
+    NoteWrittenAnew(target, why);
     return kSuccess;
   }
   RequireBindable(target.path);
@@ -1225,6 +1292,7 @@ void RequireOwnOptions(const Invocation& invocation) {
   require(invocation.header.has_value(), rewrites, "--header",
           "'set' and 'del'");
   require(invocation.dryRun, rewrites, "--dry-run", "'set' and 'del'");
+  require(invocation.normalize, rewrites, "--normalize", "'set' and 'del'");
   require(invocation.json, command == "get" || command == "list", "--json",
           "'get' and 'list'");
 }
