@@ -97,6 +97,7 @@ struct ValueSpot {
   size_t line;
   size_t begin;
   size_t end;
+  bool quoted;  // The value stands in double quotes that reading drops.
 };
 
 // What the reader keeps of one section: the last occurrence of its header
@@ -169,18 +170,23 @@ void ScanLayout(char* text, const std::vector<Line>& lines, Layout& layout) {
     current->keyLines[propstring(key, static_cast<size_t>(keyEnd - key))]
         .push_back(i);
     current->spots[propstring(key, static_cast<size_t>(keyEnd - key))] =
-        ValueSpot{i, static_cast<size_t>(value - text),
-                  static_cast<size_t>(valueEnd - text)};
+        ValueSpot{
+            i, static_cast<size_t>(value - text),
+            static_cast<size_t>(valueEnd - text),
+            valueEnd - value >= 2 && value[0] == '"' && valueEnd[-1] == '"'};
   }
 }
 
 // Appends field so that the field cleaning gives it back: in double quotes
-// if its edges would be cleaned away.
-void AppendField(const propstring& field, PropertyTextBuffer& text) {
-  const bool quoted =
-      !field.empty() &&
-      (PropertyTextReader::IsBlank(field[0]) ||
-       PropertyTextReader::IsBlank(field[field.size() - 1]) || field[0] == '"');
+// if its edges would be cleaned away, or if quoted (a value that stood in
+// quotes stays in them: programs that read the file otherwise, such as a
+// shell that sources it, may need them).
+void AppendField(const propstring& field, PropertyTextBuffer& text,
+                 bool quoted = false) {
+  quoted = quoted || (!field.empty() &&
+                      (PropertyTextReader::IsBlank(field[0]) ||
+                       PropertyTextReader::IsBlank(field[field.size() - 1]) ||
+                       field[0] == '"'));
   if (quoted) text.Append('"');
   text.Append(field);
   if (quoted) text.Append('"');
@@ -411,7 +417,7 @@ bool EditText(const char* original, size_t size,
     } else {
       const ValueSpot& spot = *change->second.first;
       text.Append(original + line.begin, spot.begin - line.begin);
-      AppendField(*change->second.second, text);
+      AppendField(*change->second.second, text, spot.quoted);
       text.Append(original + spot.end, line.end - spot.end);
     }
     if (line.fed && removed.count(i) == 0) text.Append('\n');

@@ -185,9 +185,14 @@ TYPED_TEST(PropertyLayoutKeeperTest, ChangedValueKeepsCarriageReturns) {
   EXPECT_EQ(this->T("a=5 # c\r\n"), this->Set("a=1 # c\r\n", "a", "5"));
 }
 
-TYPED_TEST(PropertyLayoutKeeperTest, QuotedOldValueIsReplacedWhole) {
-  EXPECT_EQ(this->T("a = new  # c\n"),
+TYPED_TEST(PropertyLayoutKeeperTest, QuotedOldValueIsReplacedInQuotes) {
+  EXPECT_EQ(this->T("a = \"new\"  # c\n"),
             this->Set("a = \"o l\"  # c\n", "a", "new"));
+  EXPECT_EQ(this->T("a=\"\"\n"), this->Set("a=\"x\"\n", "a", ""));
+}
+
+TYPED_TEST(PropertyLayoutKeeperTest, HalfQuotedOldValueIsReplacedWhole) {
+  EXPECT_EQ(this->T("a=new\n"), this->Set("a=\"x\n", "a", "new"));
 }
 
 TYPED_TEST(PropertyLayoutKeeperTest, ValueThatWouldBeCleanedIsQuoted) {
@@ -198,8 +203,8 @@ TYPED_TEST(PropertyLayoutKeeperTest, ValueThatWouldBeCleanedIsQuoted) {
 }
 
 TYPED_TEST(PropertyLayoutKeeperTest, EdgeBlanksTheNormalisedTextLosesAreLost) {
-  // Both rewrites give the same table: such values are not written quoted.
-  EXPECT_EQ(this->T("a=x\nb = v\n"),
+  // Both rewrites give the same table: the blanks go, the quotes stay.
+  EXPECT_EQ(this->T("a=x\nb = \"v\"\n"),
             this->Set("a=1\nb = \" v \"\n", "a", " x "));
 }
 
