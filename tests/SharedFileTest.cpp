@@ -15,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "PropertyLayout.h"
 #include "support/ChildProcess.h"
 #include "support/Flavours.h"
 #include "support/TempDir.h"
@@ -65,12 +66,15 @@ class LockHolder {
   bool m_locked = false;
 };
 
-// Runs every program at the same time and expects each to succeed.
-void RunAllAtOnce(const std::vector<std::vector<std::string>>& programs) {
+// Runs every program at the same time, with the environment changed by
+// environment (as RunProgram() takes it), and expects each to succeed.
+void RunAllAtOnce(const std::vector<std::vector<std::string>>& programs,
+                  const std::vector<std::string>& environment = {}) {
   std::vector<ProgramResult> results(programs.size());
   std::vector<std::thread> threads;
   for (size_t i = 0; i < programs.size(); ++i) {
-    threads.emplace_back([&, i] { results[i] = RunProgram(programs[i]); });
+    threads.emplace_back(
+        [&, i] { results[i] = RunProgram(programs[i], environment); });
   }
   for (std::thread& thread : threads) thread.join();
   for (const ProgramResult& result : results) {
@@ -94,6 +98,59 @@ class SharedFileTest : public testing::Test {
   void WriteKeepFile() {
     WriteFile(m_path, F::kSectioned ? "[s]\nkeep=1\n" : "keep=1\n");
   }
+  // The same with a comment line, which only rewrites that keep the
+  // layout keep.
+  void WriteCommentedKeepFile() {
+    WriteFile(m_path,
+              Comment() + (F::kSectioned ? "[s]\nkeep=1\n" : "keep=1\n"));
+  }
+  static std::string Comment() {
+    return std::string(1, F::kComment) + " written by hand\n";
+  }
+  // Four writers of 150 sets each and a reader of 400 reads at the same
+  // time, in the environment changed by environment; returns the file.
+  std::string RunWritersAndReader(const std::vector<std::string>& environment) {
+    const int kWriters = 4;
+    const int kSets = 150;
+    std::vector<std::vector<std::string>> programs;
+    for (int i = 0; i < kWriters; ++i) {
+      programs.push_back(Writer("w" + std::to_string(i), kSets));
+    }
+    programs.push_back(
+        {PROPERTIES_SHARING_DRIVER, Kind(), m_path, "reader", "400", "keep"});
+    RunAllAtOnce(programs, environment);
+    const std::string text = ReadFile(m_path);
+    EXPECT_NE(std::string::npos, text.find(Entry("keep", "1"))) << text;
+    for (int i = 0; i < kWriters; ++i) {
+      EXPECT_NE(std::string::npos, text.find(Entry("w" + std::to_string(i),
+                                                   std::to_string(kSets))))
+          << text;
+    }
+    return text;
+  }
+  // Two managers of this process set their own key 200 times each, at the
+  // same time, keeping the layout if keepLayout; returns the file.
+  std::string RunTwoManagers(bool keepLayout) {
+    typedef typename F::Manager Manager;
+    const int kSets = 200;
+    std::vector<std::thread> threads;
+    for (const std::string key : {"w0", "w1"}) {
+      threads.emplace_back([this, key, keepLayout] {
+        Manager manager("shared-" + key, F::LibraryFactory());
+        PropertyLayout::SetKeepLayout(&manager, keepLayout);
+        manager.RegisterPersistence(m_path, "");
+        F::Register(&manager, "PROPERTY_TYPE_INTEGER", key, "0");
+        for (int i = 1; i <= kSets; ++i)
+          F::Set(&manager, key, std::to_string(i));
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    const std::string text = ReadFile(m_path);
+    EXPECT_NE(std::string::npos, text.find(Entry("keep", "1"))) << text;
+    EXPECT_NE(std::string::npos, text.find(Entry("w0", "200"))) << text;
+    EXPECT_NE(std::string::npos, text.find(Entry("w1", "200"))) << text;
+    return text;
+  }
   std::string Entry(const std::string& key, const std::string& value) const {
     return key + "=" + value + "\n";
   }
@@ -110,22 +167,14 @@ TYPED_TEST_SUITE(SharedFileTest, Flavours, FlavourNames);
 
 TYPED_TEST(SharedFileTest, WritersLoseNoUpdateAndReadersSeeWholeFiles) {
   this->WriteKeepFile();
-  const int kWriters = 4;
-  const int kSets = 150;
-  std::vector<std::vector<std::string>> programs;
-  for (int i = 0; i < kWriters; ++i) {
-    programs.push_back(this->Writer("w" + std::to_string(i), kSets));
-  }
-  programs.push_back({PROPERTIES_SHARING_DRIVER, this->Kind(), this->m_path,
-                      "reader", "400", "keep"});
-  RunAllAtOnce(programs);
-  const std::string text = ReadFile(this->m_path);
-  EXPECT_NE(std::string::npos, text.find(this->Entry("keep", "1"))) << text;
-  for (int i = 0; i < kWriters; ++i) {
-    EXPECT_NE(std::string::npos, text.find(this->Entry("w" + std::to_string(i),
-                                                       std::to_string(kSets))))
-        << text;
-  }
+  this->RunWritersAndReader({"LIBPROPERTIES_KEEP_LAYOUT=0"});
+}
+
+TYPED_TEST(SharedFileTest, WritersThatKeepTheLayoutLoseNoUpdateNorComment) {
+  this->WriteCommentedKeepFile();
+  const std::string text =
+      this->RunWritersAndReader({"LIBPROPERTIES_KEEP_LAYOUT=1"});
+  EXPECT_EQ(0u, text.find(this->Comment())) << text;
 }
 
 TYPED_TEST(SharedFileTest, ParallelPropctlSetsAllLandBesideAWritingProgram) {
@@ -153,25 +202,13 @@ TYPED_TEST(SharedFileTest, ParallelPropctlSetsAllLandBesideAWritingProgram) {
 }
 
 TYPED_TEST(SharedFileTest, TwoManagersOfOneProcessLoseNoUpdate) {
-  typedef typename TypeParam::Manager Manager;
   this->WriteKeepFile();
-  const int kSets = 200;
-  std::vector<std::thread> threads;
-  for (const std::string key : {"w0", "w1"}) {
-    threads.emplace_back([this, key] {
-      Manager manager("shared-" + key, TypeParam::LibraryFactory());
-      manager.RegisterPersistence(this->m_path, "");
-      TypeParam::Register(&manager, "PROPERTY_TYPE_INTEGER", key, "0");
-      for (int i = 1; i <= kSets; ++i) {
-        TypeParam::Set(&manager, key, std::to_string(i));
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  const std::string text = ReadFile(this->m_path);
-  EXPECT_NE(std::string::npos, text.find(this->Entry("keep", "1"))) << text;
-  EXPECT_NE(std::string::npos, text.find(this->Entry("w0", "200"))) << text;
-  EXPECT_NE(std::string::npos, text.find(this->Entry("w1", "200"))) << text;
+  this->RunTwoManagers(false);
+}
+
+TYPED_TEST(SharedFileTest, TwoManagersThatKeepTheLayoutLoseNoUpdateNorComment) {
+  this->WriteCommentedKeepFile();
+  EXPECT_EQ(0u, this->RunTwoManagers(true).find(this->Comment()));
 }
 
 TYPED_TEST(SharedFileTest, KilledLockHolderDoesNotBlockOthers) {
