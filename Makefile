@@ -99,7 +99,7 @@ valgrind: configure
 # the run and leaves its input in build-fuzz/artifacts/<target>/.
 FUZZ_SECONDS ?= 60
 FUZZERS = JavaPropertiesFuzzer IniPropertiesFuzzer ExtractFuzzer \
-          SetValueFuzzer ManagerFuzzer StrictValuesFuzzer
+          SetValueFuzzer ManagerFuzzer StrictValuesFuzzer LayoutFuzzer
 # ManagerFuzzer rewrites (and syncs) files in a new directory under TMPDIR
 # on every change: a memory file system makes it several times faster.
 FUZZ_TMPDIR ?= $(if $(wildcard /dev/shm),/dev/shm,/tmp)
