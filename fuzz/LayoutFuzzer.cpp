@@ -16,10 +16,8 @@
 //   F<text>                 both files written by hand: text, with '|' for
 //                           a line feed
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -35,6 +33,7 @@
 #include "PropertyChangeListener.h"
 #include "PropertyLayout.h"
 #include "StringProperty.h"
+#include "support/LineDiff.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -43,24 +42,6 @@ using fuzz_support::Quote;
 
 const size_t kMaxOperations = 32;
 const size_t kLongestInputLine = 399;
-
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-void WriteAll(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
-}
-
-std::vector<std::string> Lines(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
 
 // Records every change it is told of, as "key=value".
 class Recorder : public PropertyChangeListener {
@@ -136,39 +117,23 @@ std::string TableOf(const std::string& text) {
 // an entry: the layout of the rest is kept.
 bool OnlyEntryLinesDiffer(const std::string& from, const std::string& to,
                           std::string& why) {
-  const std::vector<std::string> a = Lines(from);
-  const std::vector<std::string> b = Lines(to);
-  // Longest common subsequence, to tell kept lines from the others.
-  std::vector<std::vector<int>> common(a.size() + 1,
-                                       std::vector<int>(b.size() + 1, 0));
-  for (size_t i = a.size(); i-- > 0;) {
-    for (size_t j = b.size(); j-- > 0;) {
-      common[i][j] = a[i] == b[j]
-                         ? common[i + 1][j + 1] + 1
-                         : std::max(common[i + 1][j], common[i][j + 1]);
+  const std::vector<std::string> a = test_support::SplitLines(from);
+  const std::vector<std::string> b = test_support::SplitLines(to);
+  std::vector<bool> keptOfB;
+  const std::vector<bool> keptOfA = test_support::KeptLines(a, b, keptOfB);
+  const auto isEntryOrHeader = [](const std::string& line) {
+    return line.find_first_of("=[") != std::string::npos;
+  };
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (!keptOfA[i] && !isEntryOrHeader(a[i])) {
+      why = "lost line " + Quote(a[i]);
+      return false;
     }
   }
-  size_t i = 0;
-  size_t j = 0;
-  while (i < a.size() || j < b.size()) {
-    if (i < a.size() && j < b.size() && a[i] == b[j]) {
-      ++i;
-      ++j;
-    } else if (j < b.size() &&
-               (i == a.size() || common[i][j + 1] >= common[i + 1][j])) {
-      const std::string& line = b[j++];
-      if (line.find('=') == std::string::npos &&
-          line.find('[') == std::string::npos) {
-        why = "added line " + Quote(line);
-        return false;
-      }
-    } else {
-      const std::string& line = a[i++];
-      if (line.find('=') == std::string::npos &&
-          line.find('[') == std::string::npos) {
-        why = "lost line " + Quote(line);
-        return false;
-      }
+  for (size_t j = 0; j < b.size(); ++j) {
+    if (!keptOfB[j] && !isEntryOrHeader(b[j])) {
+      why = "added line " + Quote(b[j]);
+      return false;
     }
   }
   return true;
@@ -180,17 +145,18 @@ void Run(const std::string& input) {
   const std::string first =
       split == std::string::npos ? input : input.substr(0, split + 1);
   std::vector<std::string> operations;
-  if (split != std::string::npos) operations = Lines(input.substr(split + 4));
+  if (split != std::string::npos)
+    operations = test_support::SplitLines(input.substr(split + 4));
   if (operations.size() > kMaxOperations) operations.resize(kMaxOperations);
-  for (const std::string& line : Lines(first)) {
+  for (const std::string& line : test_support::SplitLines(first)) {
     if (line.size() > kLongestInputLine) return;  // The reader's limit.
   }
 
   test_support::TempDir dir;
   const std::string anewPath = dir.File(std::string("anew-") + F::Name());
   const std::string keptPath = dir.File(std::string("kept-") + F::Name());
-  WriteAll(anewPath, first);
-  WriteAll(keptPath, first);
+  test_support::WriteFile(anewPath, first);
+  test_support::WriteFile(keptPath, first);
   // Before the managers, which must not outlive them.
   Recorder anewChanges;
   Recorder keptChanges;
@@ -211,7 +177,7 @@ void Run(const std::string& input) {
     if (operation.size() < 3) continue;
     const std::string section(1, operation[1]);
     const std::string key(1, operation[2]);
-    const std::string before = ReadAll(keptPath);
+    const std::string before = test_support::ReadFile(keptPath);
     if (operation[0] == 'S') {
       const std::string value = operation.substr(3);
       bool anewRejected = false;
@@ -236,15 +202,15 @@ void Run(const std::string& input) {
     } else if (operation[0] == 'F') {
       std::string text = operation.substr(1);
       for (char& c : text) c = c == '|' ? '\n' : c;
-      WriteAll(anewPath, text);
-      WriteAll(keptPath, text);
+      test_support::WriteFile(anewPath, text);
+      test_support::WriteFile(keptPath, text);
       continue;
     } else {
       continue;
     }
 
-    const std::string anewText = ReadAll(anewPath);
-    const std::string keptText = ReadAll(keptPath);
+    const std::string anewText = test_support::ReadFile(anewPath);
+    const std::string keptText = test_support::ReadFile(keptPath);
     FUZZ_CHECK(
         TableOf<F>(anewText) == TableOf<F>(keptText),
         "written anew " << Quote(anewText) << "\nkept " << Quote(keptText));

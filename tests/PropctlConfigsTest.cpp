@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -20,13 +19,6 @@
 namespace {
 
 const char kExpectation[] = ".check";
-
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 bool EndsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() &&
@@ -69,7 +61,8 @@ class PropctlConfigsTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(PropctlConfigsTest, CheckWarnsAboutExactlyTheExpectedLines) {
   const std::string name = GetParam();
-  const std::string expected = ReadAll(Path(name + kExpectation));
+  const std::string expected =
+      test_support::ReadFile(Path(name + kExpectation));
   const test_support::ProgramResult result =
       test_support::RunProgram({PROPERTIES_PROPCTL, "check", Path(name)},
                                {"LIBPROPERTIES_LONG_LINES=limit"});
@@ -125,7 +118,7 @@ std::vector<Entry> ListedEntries(const std::string& path) {
 class SetCopy {
  public:
   explicit SetCopy(const std::string& name)
-      : m_name(name), m_original(ReadAll(Path(name))) {}
+      : m_name(name), m_original(test_support::ReadFile(Path(name))) {}
 
   // Runs "propctl set [options] -- FILE [section] key value" on a fresh copy
   // named after the corpus file (so that its format is told as for the
@@ -136,7 +129,7 @@ class SetCopy {
                   const std::string& value) {
     Run(m_kept.File(m_name), {}, section, key, value);
     Run(m_normalized.File(m_name), {"--normalize"}, section, key, value);
-    return ReadAll(m_kept.File(m_name));
+    return test_support::ReadFile(m_kept.File(m_name));
   }
   // What the library reads from the two copies.
   std::string KeptTable() const { return List(m_kept.File(m_name)); }
@@ -149,7 +142,7 @@ class SetCopy {
   void Run(const std::string& path, std::vector<std::string> args,
            const std::string& section, const std::string& key,
            const std::string& value) {
-    std::ofstream(path, std::ios::binary) << m_original;
+    test_support::WriteFile(path, m_original);
     args.insert(args.begin(), "set");
     args.insert(args.end(), {"--", path});
     if (!section.empty()) args.push_back(section);

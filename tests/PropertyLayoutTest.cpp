@@ -17,6 +17,7 @@
 #include "support/FlavourFixtures.h"
 #include "support/Flavours.h"
 #include "support/PropertyTesting.h"
+#include "support/SafetySettings.h"
 #include "support/StoreTesting.h"
 
 namespace {
@@ -26,22 +27,8 @@ using test_support::Flavours;
 using test_support::kHeader;
 using test_support::kStringType;
 using test_support::ReadFile;
+using test_support::ScopedKeepLayout;
 using test_support::WriteFile;
-
-// Makes the process-wide choice for its lifetime, then the one it found.
-class ScopedKeepLayout {
- public:
-  explicit ScopedKeepLayout(bool on) : m_before(PropertyLayout::KeepLayout()) {
-    PropertyLayout::SetKeepLayout(on);
-  }
-  ~ScopedKeepLayout() { PropertyLayout::SetKeepLayout(m_before); }
-
-  ScopedKeepLayout(const ScopedKeepLayout&) = delete;
-  ScopedKeepLayout& operator=(const ScopedKeepLayout&) = delete;
-
- private:
-  bool m_before;
-};
 
 template <typename F>
 class PropertyLayoutTest : public test_support::ManagerFixture<F> {

@@ -23,13 +23,16 @@
 #include "PropertySafety.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyTextReader.h"
+#include "support/LineDiff.h"
 #include "support/LogRecorder.h"
 #include "support/SafetySettings.h"
 
 namespace {
 
+using test_support::KeptLines;
 using test_support::LogRecorder;
 using test_support::ScopedLongLines;
+using test_support::SplitLines;
 
 typedef std::map<std::string, std::map<std::string, std::string> > Table;
 
@@ -501,46 +504,6 @@ std::string RandomBytes(Random& random) {
   return bytes;
 }
 
-std::vector<std::string> SplitLines(const std::string& text) {
-  std::vector<std::string> lines;
-  size_t begin = 0;
-  while (begin < text.size()) {
-    size_t feed = text.find('\n', begin);
-    if (feed == std::string::npos) feed = text.size();
-    lines.push_back(text.substr(begin, feed - begin));
-    begin = feed + 1;
-  }
-  return lines;
-}
-
-// The lines of a that b keeps (a longest common subsequence), as flags.
-std::vector<bool> Kept(const std::vector<std::string>& a,
-                       const std::vector<std::string>& b,
-                       std::vector<bool>& keptOfB) {
-  std::vector<std::vector<int> > length(a.size() + 1,
-                                        std::vector<int>(b.size() + 1, 0));
-  for (size_t i = a.size(); i-- > 0;) {
-    for (size_t j = b.size(); j-- > 0;) {
-      length[i][j] = a[i] == b[j]
-                         ? length[i + 1][j + 1] + 1
-                         : std::max(length[i + 1][j], length[i][j + 1]);
-    }
-  }
-  std::vector<bool> keptOfA(a.size(), false);
-  keptOfB.assign(b.size(), false);
-  for (size_t i = 0, j = 0; i < a.size() && j < b.size();) {
-    if (a[i] == b[j]) {
-      keptOfA[i++] = true;
-      keptOfB[j++] = true;
-    } else if (length[i + 1][j] >= length[i][j + 1]) {
-      ++i;
-    } else {
-      ++j;
-    }
-  }
-  return keptOfA;
-}
-
 // The number of entries whose value differs between the tables (entries of
 // after that before lacks are not counted).
 size_t ChangedEntries(const Table& before, const Table& after) {
@@ -610,7 +573,7 @@ TYPED_TEST(PropertyLayoutKeeperTest, RandomEditsReadAsTheNormalisedText) {
     const std::vector<std::string> from = SplitLines(original);
     const std::vector<std::string> to = SplitLines(outcome.text);
     std::vector<bool> keptOfTo;
-    const std::vector<bool> keptOfFrom = Kept(from, to, keptOfTo);
+    const std::vector<bool> keptOfFrom = KeptLines(from, to, keptOfTo);
     // A last line without a line feed gets one when lines follow it.
     const bool unfed = original.back() != '\n';
     size_t changedLines = 0;
