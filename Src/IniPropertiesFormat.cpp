@@ -87,9 +87,44 @@ void IniPropertiesFormat::TakeSectionName(const char* text, const char* end,
               close == nullptr ? end : static_cast<const char*>(close));
 }
 
-const std::map<propstring, Section>& IniPropertiesFormat::Sections(
+const IniPropertiesFormat::Table& IniPropertiesFormat::Sections(
     const IniProperties& store) {
   return store.m_sections;
+}
+
+IniPropertiesFormat::Table& IniPropertiesFormat::TableOf(IniProperties& store) {
+  return store.m_sections;
+}
+
+bool IniPropertiesFormat::ReadsBackAlone(const IniProperties& store,
+                                         const propstring& header) {
+  if (!PropertyTextWriter::HeaderReadsAlone(header)) return false;
+  for (const auto& section : store.m_sections) {
+    // A section without entries reads back too, and logs nothing.
+    if (section.first.empty() ||
+        PropertyTextWriter::FieldTrouble(section.first, ';', true) != nullptr ||
+        !PropertyTextWriter::ReadsWithoutNote(section.first.size() + 2)) {
+      return false;
+    }
+    for (const auto& entry : section.second) {
+      if (!Unreadable(section.first, entry.first, entry.second).empty() ||
+          !PropertyTextWriter::ReadsWithoutNote(entry.first.size() + 1 +
+                                                entry.second.size())) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+void IniPropertiesFormat::WriteLoadingMessages(const IniProperties& store) {
+  for (const auto& section : store.m_sections) {
+    for (const auto& entry : section.second) {
+      PropertyMessages::Write(PropertyMessages::kLoadingSectionEntry,
+                              entry.first.c_str(), section.first.c_str(),
+                              entry.second.c_str());
+    }
+  }
 }
 
 void IniPropertiesFormat::Render(const IniProperties& store,

@@ -61,8 +61,16 @@ class IniPropertiesFormat {
                               propstring& name);
 
   // The sections of store, each with its entries, in byte order.
-  static const std::map<propstring, std::map<propstring, propstring> >&
-  Sections(const IniProperties& store);
+  typedef std::map<propstring, std::map<propstring, propstring> > Table;
+  static const Table& Sections(const IniProperties& store);
+  static Table& TableOf(IniProperties& store);
+
+  // True if reading the text Render() makes of store and header gives store
+  // itself and logs nothing but each entry's "Loading" line.
+  static bool ReadsBackAlone(const IniProperties& store,
+                             const propstring& header);
+  // Writes the messages that reading such a text logs, in order.
+  static void WriteLoadingMessages(const IniProperties& store);
 
   // Appends the text that store is written as to text.
   static void Render(const IniProperties& store, const propstring& header,

@@ -10,6 +10,7 @@
 #include "PropertyFileBinding.h"
 #include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
+#include "PropertyParseCache.h"
 
 namespace {
 
@@ -24,6 +25,7 @@ IniPropertiesPersistence::IniPropertiesPersistence(const propstring& filePath,
 IniPropertiesPersistence::~IniPropertiesPersistence() {
   PropertyFileTroubles::Forget(&m_boundProperties);
   PropertyChoices::Forget(&m_boundProperties);
+  PropertyParseCache<IniPropertiesFormat>::Forget(&m_boundProperties);
 }
 
 propstring IniPropertiesPersistence::GetFilePath() const { return m_filePath; }

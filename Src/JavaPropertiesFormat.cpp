@@ -21,9 +21,34 @@ void JavaPropertiesFormat::LineParser::Line(char* line, char* end,
 
 void JavaPropertiesFormat::LineParser::Finish() {}
 
-const std::map<propstring, propstring>& JavaPropertiesFormat::Entries(
+const JavaPropertiesFormat::Table& JavaPropertiesFormat::Entries(
     const JavaProperties& store) {
   return store.m_entries;
+}
+
+JavaPropertiesFormat::Table& JavaPropertiesFormat::TableOf(
+    JavaProperties& store) {
+  return store.m_entries;
+}
+
+bool JavaPropertiesFormat::ReadsBackAlone(const JavaProperties& store,
+                                          const propstring& header) {
+  if (!PropertyTextWriter::HeaderReadsAlone(header)) return false;
+  for (const auto& entry : store.m_entries) {
+    if (!Unreadable(propstring(), entry.first, entry.second).empty() ||
+        !PropertyTextWriter::ReadsWithoutNote(entry.first.size() + 1 +
+                                              entry.second.size())) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void JavaPropertiesFormat::WriteLoadingMessages(const JavaProperties& store) {
+  for (const auto& entry : store.m_entries) {
+    PropertyMessages::Write(PropertyMessages::kLoadingEntry,
+                            entry.first.c_str(), entry.second.c_str());
+  }
 }
 
 void JavaPropertiesFormat::Render(const JavaProperties& store,

@@ -40,8 +40,16 @@ class JavaPropertiesFormat {
   };
 
   // The entries of store, in byte order of the keys.
-  static const std::map<propstring, propstring>& Entries(
-      const JavaProperties& store);
+  typedef std::map<propstring, propstring> Table;
+  static const Table& Entries(const JavaProperties& store);
+  static Table& TableOf(JavaProperties& store);
+
+  // True if reading the text Render() makes of store and header gives store
+  // itself and logs nothing but each entry's "Loading" line.
+  static bool ReadsBackAlone(const JavaProperties& store,
+                             const propstring& header);
+  // Writes the messages that reading such a text logs, in order.
+  static void WriteLoadingMessages(const JavaProperties& store);
 
   // Appends the text that store is written as to text.
   static void Render(const JavaProperties& store, const propstring& header,

@@ -10,6 +10,7 @@
 #include "PropertyFileBinding.h"
 #include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
+#include "PropertyParseCache.h"
 
 namespace {
 
@@ -24,6 +25,7 @@ JavaPropertiesPersistence::JavaPropertiesPersistence(const propstring& filePath,
 JavaPropertiesPersistence::~JavaPropertiesPersistence() {
   PropertyFileTroubles::Forget(&m_boundProperties);
   PropertyChoices::Forget(&m_boundProperties);
+  PropertyParseCache<JavaPropertiesFormat>::Forget(&m_boundProperties);
 }
 
 propstring JavaPropertiesPersistence::GetFilePath() const { return m_filePath; }

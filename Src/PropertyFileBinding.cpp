@@ -11,6 +11,7 @@
 #include "PropertyFileTroubles.h"
 #include "PropertyLayoutKeeper.h"
 #include "PropertyMessages.h"
+#include "PropertyParseCache.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyTextReader.h"
 
@@ -50,13 +51,21 @@ void PropertyFileBinding<Format>::Rewrite() {
     // or unregistered properties put there.
     Store store;
     PropertyFile::Contents seen;
-    Load(store, &seen);
+    Load(store, &seen, true);
     for (Property* property : m_bound) Format::Put(store, *property);
     PropertyTextBuffer text;
     Render(store, seen, keepLayout, text);
     if (pass == kMaxPasses) seen = PropertyFile::Contents();
     result = PropertyFile::ReplaceIfUnchanged(m_path, seen, text.Data(),
                                               text.Size());
+    // What the file holds now is what the next read finds, unless another
+    // program writes meanwhile; an edit of the layout is read anew.
+    if (result == PropertyFile::kWritten && !keepLayout) {
+      PropertyParseCache<Format>::KeepWritten(&m_bound, text.Data(),
+                                              text.Size(), store, m_header);
+    } else {
+      PropertyParseCache<Format>::Forget(&m_bound);
+    }
     if (result != PropertyFile::kChanged) break;
   }
   // A failed write after a successful open goes unreported, as it always
@@ -91,13 +100,38 @@ void PropertyFileBinding<Format>::Render(const Store& store,
 
 template <typename Format>
 void PropertyFileBinding<Format>::Load(Store& store,
-                                       PropertyFile::Contents* seen) {
+                                       PropertyFile::Contents* seen,
+                                       bool take) {
+  typedef PropertyParseCache<Format> Cache;
   // The result of the read is not looked at: a read error has been logged,
   // and what was read before it counts.
   PropertyFileTroubles::Scope troubles(&m_bound, m_path);
   bool opened = false;
   typename Format::LineParser parser(store);
-  PropertyTextReader::ReadFile(m_path, opened, parser, seen);
+  PropertyTextBuffer text;
+  if (PropertyTextReader::ReadForParsing(m_path, text, opened, seen)) {
+    if (Cache::Reuse(&m_bound, text.Data(), text.Size(), store, take)) return;
+    if (!Cache::Enabled() || text.Size() > Cache::kMaxBytes) {
+      PropertyTextReader::ParseText(text.Data(), text.Size(), parser);
+      return;
+    }
+    // The parse changes the text in place; what is kept is the bytes read.
+    const propstring bytes(text.Data(), text.Size());
+    PropertyMessages::Recording messages;
+    {
+      PropertyMessages::Recording::Scope recording(messages);
+      PropertyTextReader::ParseText(text.Data(), text.Size(), parser);
+    }
+    Cache::KeepRead(&m_bound, bytes.data(), bytes.size(), store, messages);
+    return;
+  }
+  if (opened) {
+    // Not read whole (a device, a read error, an over-long line): read as
+    // the stream reader always has, and not kept.
+    std::ifstream in;
+    opened = PropertyFile::OpenForLines(m_path, in);
+    if (opened) PropertyTextReader::ReadStream(in, parser);
+  }
   if (!opened) {
     PropertyMessages::Write(PropertyMessages::kCanNotRead, m_path.c_str());
   }

@@ -44,8 +44,12 @@ class PropertyFileBinding {
   void Rewrite();
   // Reads the file into store. Logs "Can not read File '<path>'" and leaves
   // store as it was if it cannot be opened. If seen is not null, it records
-  // what the read found.
-  void Load(Store& store, PropertyFile::Contents* seen = nullptr);
+  // what the read found. Bytes the binding read or wrote last are not
+  // parsed again (PropertyParseCache): their table is copied into store
+  // (an empty one), or taken, if take, for a rewrite that keeps what it
+  // writes.
+  void Load(Store& store, PropertyFile::Contents* seen = nullptr,
+            bool take = false);
   // Reads the file once and gives every bound property its stored value.
   void LoadAll();
   // Reads the file once and gives each bound property whose stored value

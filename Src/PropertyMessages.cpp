@@ -125,6 +125,55 @@ PropertyMessages::Silence::Silence() { ++m_silences; }
 
 PropertyMessages::Silence::~Silence() { --m_silences; }
 
+thread_local PropertyMessages::Recording* PropertyMessages::m_recording =
+    nullptr;
+
+PropertyMessages::Recording::Scope::Scope(Recording& recording)
+    : m_outer(m_recording) {
+  m_recording = &recording;
+}
+
+PropertyMessages::Recording::Scope::~Scope() { m_recording = m_outer; }
+
+void PropertyMessages::Recording::Add(char* format, int number) {
+  m_messages.push_back(Message{format, number, 0, {0, 0, 0}});
+}
+
+void PropertyMessages::Recording::Add(char* format, const char* a,
+                                      const char* b) {
+  m_messages.push_back(Message{format, 0, 2, {Keep(a), Keep(b), 0}});
+}
+
+void PropertyMessages::Recording::Add(char* format, const char* a,
+                                      const char* b, const char* c) {
+  m_messages.push_back(Message{format, 0, 3, {Keep(a), Keep(b), Keep(c)}});
+}
+
+size_t PropertyMessages::Recording::Keep(const char* text) {
+  const size_t at = m_texts.size();
+  m_texts.append(text);
+  m_texts.push_back('\0');
+  return at;
+}
+
+void PropertyMessages::Recording::Replay() const {
+  const char* texts = m_texts.data();
+  for (const Message& message : m_messages) {
+    if (message.texts == 0) {
+      Write(message.format, message.number);
+    } else if (message.texts == 2) {
+      Write(message.format, texts + message.at[0], texts + message.at[1]);
+    } else {
+      Write(message.format, texts + message.at[0], texts + message.at[1],
+            texts + message.at[2]);
+    }
+  }
+}
+
+size_t PropertyMessages::Recording::Bytes() const {
+  return m_messages.capacity() * sizeof(Message) + m_texts.capacity();
+}
+
 void PropertyMessages::Fail(Assertion assertion) {
   const AssertionText& text = kAssertions[assertion];
   __assert_fail(text.expression, text.file, text.line, text.function);

@@ -11,6 +11,9 @@
 #define SRC_PROPERTYMESSAGES_H_
 
 #include <cstdarg>
+#include <cstddef>
+#include <string>
+#include <vector>
 
 #include "PropertyThreadGuard.h"
 
@@ -38,10 +41,14 @@ class PropertyMessages {
   static char kRefusedInSection[];  // key, section, reason
   static char kRefusedHeader[];     // header, reason
 
+  class Recording;
+
   // Logs one message at the level the library uses for all of them (1),
-  // unless a Silence is open on the calling thread.
+  // unless a Silence is open on the calling thread; a Recording open on the
+  // calling thread keeps it either way.
   template <typename... Args>
   static void Write(char* format, Args... args) {
+    if (m_recording != nullptr) m_recording->Add(format, args...);
     if (m_silences == 0) Log(1, format, args...);
   }
 
@@ -56,6 +63,59 @@ class PropertyMessages {
     Silence(const Silence&) = delete;
     Silence& operator=(const Silence&) = delete;
   };
+  // Messages kept to be written again: what reading some bytes logs, for a
+  // binding that reuses what it read from the same bytes before, so that a
+  // program's Log() sees every message it would have seen.
+  class Recording {
+   public:
+    Recording() : m_complete(true) {}
+
+    // While one is alive, the messages written on the thread that made it
+    // are added to recording (an inner Scope takes them from an outer one).
+    class Scope {
+     public:
+      explicit Scope(Recording& recording);
+      ~Scope();
+
+      Scope(const Scope&) = delete;
+      Scope& operator=(const Scope&) = delete;
+
+     private:
+      Recording* m_outer;
+    };
+
+    // False if a message of another shape than the readers' (a number; two
+    // or three texts) was written: it was not kept, and Replay() would miss
+    // it.
+    bool Complete() const { return m_complete; }
+    // Writes every kept message again, in order, with its arguments.
+    void Replay() const;
+    // About the memory the kept messages take.
+    size_t Bytes() const;
+
+   private:
+    friend class PropertyMessages;
+    struct Message {
+      char* format;
+      int number;    // The argument of a one-number message.
+      int texts;     // 0, or the count of text arguments (2 or 3).
+      size_t at[3];  // Where each text starts in m_texts (NUL-ended).
+    };
+
+    void Add(char* format, int number);
+    void Add(char* format, const char* a, const char* b);
+    void Add(char* format, const char* a, const char* b, const char* c);
+    template <typename... Args>
+    void Add(char*, Args...) {
+      m_complete = false;
+    }
+    size_t Keep(const char* text);
+
+    std::vector<Message> m_messages;
+    std::string m_texts;
+    bool m_complete;
+  };
+
   // The text of format with args, as a logging Log() prints it.
   static propstring Format(const char* format, ...);
   static propstring FormatList(const char* format, va_list args);
@@ -103,6 +163,8 @@ class PropertyMessages {
 
  private:
   static thread_local int m_silences;  // Silence scopes open on this thread.
+  // The Recording of the innermost Recording::Scope of this thread, if any.
+  static thread_local Recording* m_recording;
 };
 
 #endif  // SRC_PROPERTYMESSAGES_H_

@@ -119,11 +119,13 @@ class PropertyTextReader {
   // True if some line of text[0, size) is longer than 511 characters.
   static bool HasOverlongLine(const char* text, size_t size);
 
- private:
   // Reads the file at path whole into text and returns true if it may be
-  // parsed in memory; otherwise opened tells whether it could be opened.
+  // parsed in memory (ParseText()); otherwise opened tells whether it could
+  // be opened, and ReadStream() on it does what ReadFile() does.
   static bool ReadForParsing(const propstring& path, PropertyTextBuffer& text,
                              bool& opened, PropertyFile::Contents* seen);
+
+ private:
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
   // or, if longLines and the line is longer, the whole line into longer,
   // and returns it (NUL-terminated). Logs a read error or an over-long line

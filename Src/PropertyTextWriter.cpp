@@ -65,3 +65,14 @@ const char* PropertyTextWriter::FieldTrouble(const propstring& field, char mark,
 bool PropertyTextWriter::TooLong(size_t length) {
   return length > PropertyTextReader::kLineBufferSize - 1;
 }
+
+bool PropertyTextWriter::ReadsWithoutNote(size_t length) {
+  return length < PropertyTextReader::kLineBufferSize - 1;
+}
+
+bool PropertyTextWriter::HeaderReadsAlone(const propstring& header) {
+  // Further lines of a header are read as entries; a NUL byte ends what the
+  // reader sees of its line.
+  return header.find_first_of(propstring("\n\0", 2)) == propstring::npos &&
+         (header.empty() || ReadsWithoutNote(header.size() + 1));
+}

@@ -42,6 +42,13 @@ class PropertyTextWriter {
   // True if a line of length characters is too long for a reader that
   // keeps to the 511-character limit.
   static bool TooLong(size_t length);
+  // True if a line of length characters is read without a note: shorter
+  // than the 511 characters (line feed included: 512) that readers log as
+  // too long.
+  static bool ReadsWithoutNote(size_t length);
+  // True if the header line AppendHeader() writes for header (if any) reads
+  // as a comment alone and without a note.
+  static bool HeaderReadsAlone(const propstring& header);
 };
 
 #endif  // SRC_PROPERTYTEXTWRITER_H_

@@ -1,0 +1,140 @@
+// PropertyParseCache.cpp - see PropertyParseCache.h.
+
+#include "PropertyParseCache.h"
+
+#include <atomic>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "IniPropertiesFormat.h"
+#include "JavaPropertiesFormat.h"
+#include "PropertySafety.h"
+
+namespace {
+
+std::atomic<bool> g_enabled(true);
+
+template <typename Format>
+struct Kept {
+  propstring bytes;
+  typename Format::Table table;
+  // What reading the bytes logged; unused when written.
+  PropertyMessages::Recording messages;
+  // The bytes were written from the table, and reading them logs only its
+  // "Loading" lines.
+  bool written = false;
+  bool longLines = false;  // The choice the bytes were read with.
+};
+
+// Never destroyed: bindings may go after static destruction began.
+template <typename Format>
+struct Table {
+  std::mutex mutex;
+  std::map<const void*, Kept<Format> > kept;
+};
+
+template <typename Format>
+Table<Format>& TheTable() {
+  static Table<Format>* table = new Table<Format>;
+  return *table;
+}
+
+}  // namespace
+
+template <typename Format>
+bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
+                                       size_t size, Store& store, bool take) {
+  if (!Enabled()) return false;
+  Table<Format>& table = TheTable<Format>();
+  std::unique_lock<std::mutex> lock(table.mutex);
+  auto found = table.kept.find(binding);
+  if (found == table.kept.end()) return false;
+  Kept<Format>& kept = found->second;
+  // The long lines choice decides how lines of 511 characters or more read.
+  if (kept.bytes.size() != size ||
+      (!kept.written && kept.longLines != PropertySafety::LongLines()) ||
+      std::memcmp(kept.bytes.data(), text, size) != 0) {
+    return false;
+  }
+  typename Format::Table& into = Format::TableOf(store);
+  if (take) {
+    into.swap(kept.table);
+  } else {
+    into = kept.table;
+  }
+  Kept<Format> replayed;
+  if (take) {
+    // Only the table's messages need the table, which is now the caller's:
+    // the entry goes until the caller keeps what it writes.
+    replayed = std::move(kept);
+    table.kept.erase(found);
+  }
+  const Kept<Format>& messages = take ? replayed : kept;
+  // The messages go out with the table unlocked: Log() is the program's.
+  lock.unlock();
+  if (messages.written) {
+    Format::WriteLoadingMessages(store);
+  } else {
+    messages.messages.Replay();
+  }
+  return true;
+}
+
+template <typename Format>
+void PropertyParseCache<Format>::KeepRead(
+    const void* binding, const char* text, size_t size, Store& store,
+    PropertyMessages::Recording& messages) {
+  if (!Enabled() || size > kMaxBytes || !messages.Complete()) {
+    Forget(binding);
+    return;
+  }
+  Kept<Format> kept;
+  kept.bytes.assign(text, size);
+  kept.table = Format::TableOf(store);
+  kept.messages = std::move(messages);
+  kept.longLines = PropertySafety::LongLines();
+  Table<Format>& table = TheTable<Format>();
+  std::lock_guard<std::mutex> lock(table.mutex);
+  table.kept[binding] = std::move(kept);
+}
+
+template <typename Format>
+void PropertyParseCache<Format>::KeepWritten(const void* binding,
+                                             const char* text, size_t size,
+                                             Store& store,
+                                             const propstring& header) {
+  if (!Enabled() || size > kMaxBytes ||
+      !Format::ReadsBackAlone(store, header)) {
+    Forget(binding);
+    return;
+  }
+  Kept<Format> kept;
+  kept.bytes.assign(text, size);
+  kept.table.swap(Format::TableOf(store));
+  kept.written = true;
+  Table<Format>& table = TheTable<Format>();
+  std::lock_guard<std::mutex> lock(table.mutex);
+  table.kept[binding] = std::move(kept);
+}
+
+template <typename Format>
+void PropertyParseCache<Format>::Forget(const void* binding) {
+  Table<Format>& table = TheTable<Format>();
+  std::lock_guard<std::mutex> lock(table.mutex);
+  table.kept.erase(binding);
+}
+
+template <typename Format>
+void PropertyParseCache<Format>::SetEnabled(bool on) {
+  g_enabled.store(on);
+}
+
+template <typename Format>
+bool PropertyParseCache<Format>::Enabled() {
+  return g_enabled.load();
+}
+
+template class PropertyParseCache<JavaPropertiesFormat>;
+template class PropertyParseCache<IniPropertiesFormat>;

@@ -1,0 +1,63 @@
+// PropertyParseCache.h - what each file binding last read or wrote, so that
+// a load or rewrite that reads exactly the same bytes again takes the table
+// they read as instead of parsing them anew. Internal to the library: not
+// installed.
+//
+// Every load and rewrite still reads the file: the merge with what the file
+// holds now is the point of a rewrite. Only the parse is spared, and only
+// for the very bytes the binding parsed or wrote last. Nothing a program can
+// observe changes: the table is the one those bytes read as, and the
+// messages reading them logs (Log() may be the program's own) are written
+// again, in the same order, with the same arguments.
+//
+// Kept per binding: the bytes, the table, and the messages (or, for bytes
+// the binding wrote from a table that reads back as itself, nothing more:
+// their messages are the table's "Loading" lines). Files larger than
+// kMaxBytes are not kept, so a binding holds at most about three times that
+// (bytes, table and messages). Forgotten when the binding goes.
+//
+// Thread-safe for different bindings; one binding is used under its
+// manager's lock, as the bindings always are.
+
+#ifndef SRC_PROPERTYPARSECACHE_H_
+#define SRC_PROPERTYPARSECACHE_H_
+
+#include <cstddef>
+
+#include "PropertyMessages.h"
+#include "PropertyThreadGuard.h"
+
+template <typename Format>
+class PropertyParseCache {
+ public:
+  typedef typename Format::Store Store;
+
+  // Files of more bytes are parsed every time.
+  static const size_t kMaxBytes = 16u << 20;
+
+  // If what binding last read or wrote is text[0, size), read with the long
+  // lines choice in force now: writes the messages reading it logs again,
+  // sets store to its table and returns true. take moves the table out (the
+  // caller changes it and keeps what it writes with KeepWritten()); else it
+  // is copied. Returns false, changing nothing, otherwise.
+  static bool Reuse(const void* binding, const char* text, size_t size,
+                    Store& store, bool take);
+  // Keeps for binding the bytes it read, the table they read as and the
+  // messages reading them logged (unless the messages are not complete or
+  // the bytes too many: then it forgets).
+  static void KeepRead(const void* binding, const char* text, size_t size,
+                       Store& store, PropertyMessages::Recording& messages);
+  // Keeps for binding the text it wrote from store and header (the text
+  // Format::Render() made), if reading that text gives store itself and
+  // logs only its "Loading" lines; otherwise forgets.
+  static void KeepWritten(const void* binding, const char* text, size_t size,
+                          Store& store, const propstring& header);
+  static void Forget(const void* binding);
+
+  // Whether bindings reuse at all (on unless turned off); for tests that
+  // compare both ways.
+  static void SetEnabled(bool on);
+  static bool Enabled();
+};
+
+#endif  // SRC_PROPERTYPARSECACHE_H_
