@@ -25,8 +25,13 @@ template <typename Format>
 void PropertyFileBinding<Format>::Bind(Property* property) {
   m_bound.push_back(property);
   Store store;
-  Load(store);
-  SetFromStore(property, store);
+  // Only looked up: the table goes back before the value is set, which may
+  // rewrite the file and take it again.
+  Load(store, nullptr, kLend);
+  propstring value;
+  const bool found = Format::Find(store, *property, value);
+  PropertyParseCache<Format>::GiveBack(&m_bound, store);
+  if (found) SetStoredValue(property, value);
 }
 
 template <typename Format>
@@ -51,7 +56,7 @@ void PropertyFileBinding<Format>::Rewrite() {
     // or unregistered properties put there.
     Store store;
     PropertyFile::Contents seen;
-    Load(store, &seen, true);
+    Load(store, &seen, kTake);
     for (Property* property : m_bound) Format::Put(store, *property);
     PropertyTextBuffer text;
     Render(store, seen, keepLayout, text);
@@ -100,8 +105,7 @@ void PropertyFileBinding<Format>::Render(const Store& store,
 
 template <typename Format>
 void PropertyFileBinding<Format>::Load(Store& store,
-                                       PropertyFile::Contents* seen,
-                                       bool take) {
+                                       PropertyFile::Contents* seen, Use use) {
   typedef PropertyParseCache<Format> Cache;
   // The result of the read is not looked at: a read error has been logged,
   // and what was read before it counts.
@@ -110,8 +114,11 @@ void PropertyFileBinding<Format>::Load(Store& store,
   typename Format::LineParser parser(store);
   PropertyTextBuffer text;
   if (PropertyTextReader::ReadForParsing(m_path, text, opened, seen)) {
-    if (Cache::Reuse(&m_bound, text.Data(), text.Size(), store, take)) return;
-    if (!Cache::Enabled() || text.Size() > Cache::kMaxBytes) {
+    if (Cache::Reuse(&m_bound, text.Data(), text.Size(), store, use != kCopy)) {
+      return;
+    }
+    // A rewrite keeps what it writes instead.
+    if (!Cache::Enabled() || text.Size() > Cache::kMaxBytes || use == kTake) {
       PropertyTextReader::ParseText(text.Data(), text.Size(), parser);
       return;
     }
@@ -163,9 +170,15 @@ void PropertyFileBinding<Format>::Reload() {
 template <typename Format>
 void PropertyFileBinding<Format>::SetFromStore(Property* property,
                                                Store& store) {
+  propstring value;
+  if (Format::Find(store, *property, value)) SetStoredValue(property, value);
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::SetStoredValue(Property* property,
+                                                 const propstring& value) {
   try {
-    propstring value;
-    if (Format::Find(store, *property, value)) property->SetValue(value);
+    property->SetValue(value);
   } catch (Property::WrongValue& e) {
     // The rejected text stays in the file until the next rewrite replaces it.
     PropertyMessages::Write(PropertyMessages::kFormatChanged,

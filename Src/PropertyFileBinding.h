@@ -42,14 +42,19 @@ class PropertyFileBinding {
   // opened. If another program rewrites the file between the read and the
   // write, starts again from the read, so that its update is kept.
   void Rewrite();
+  // What a load does with the table it finds kept (PropertyParseCache).
+  enum Use {
+    kCopy,  // Copies it; a table parsed anew is kept.
+    kLend,  // Takes it, to be given back unchanged; a table parsed anew is
+            // kept.
+    kTake   // Takes it, for a rewrite that keeps what it writes.
+  };
   // Reads the file into store. Logs "Can not read File '<path>'" and leaves
   // store as it was if it cannot be opened. If seen is not null, it records
   // what the read found. Bytes the binding read or wrote last are not
-  // parsed again (PropertyParseCache): their table is copied into store
-  // (an empty one), or taken, if take, for a rewrite that keeps what it
-  // writes.
+  // parsed again: store (an empty one) gets their table, as use says.
   void Load(Store& store, PropertyFile::Contents* seen = nullptr,
-            bool take = false);
+            Use use = kCopy);
   // Reads the file once and gives every bound property its stored value.
   void LoadAll();
   // Reads the file once and gives each bound property whose stored value
@@ -59,6 +64,9 @@ class PropertyFileBinding {
   // Gives property the value store holds for it, if any. A value the
   // property rejects is logged; the property keeps its value.
   void SetFromStore(Property* property, Store& store);
+  // Gives property value, a text the file holds for it; a value the
+  // property rejects is logged, and the property keeps its value.
+  void SetStoredValue(Property* property, const propstring& value);
 
  private:
   // After this many passes lost to other writers, a rewrite writes without

@@ -26,6 +26,7 @@ struct Kept {
   // "Loading" lines.
   bool written = false;
   bool longLines = false;  // The choice the bytes were read with.
+  bool taken = false;      // The table is with the binding (Reuse()).
 };
 
 // Never destroyed: bindings may go after static destruction began.
@@ -53,7 +54,7 @@ bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
   if (found == table.kept.end()) return false;
   Kept<Format>& kept = found->second;
   // The long lines choice decides how lines of 511 characters or more read.
-  if (kept.bytes.size() != size ||
+  if (kept.taken || kept.bytes.size() != size ||
       (!kept.written && kept.longLines != PropertySafety::LongLines()) ||
       std::memcmp(kept.bytes.data(), text, size) != 0) {
     return false;
@@ -61,25 +62,29 @@ bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
   typename Format::Table& into = Format::TableOf(store);
   if (take) {
     into.swap(kept.table);
+    kept.taken = true;
   } else {
     into = kept.table;
   }
-  Kept<Format> replayed;
-  if (take) {
-    // Only the table's messages need the table, which is now the caller's:
-    // the entry goes until the caller keeps what it writes.
-    replayed = std::move(kept);
-    table.kept.erase(found);
-  }
-  const Kept<Format>& messages = take ? replayed : kept;
-  // The messages go out with the table unlocked: Log() is the program's.
+  // The messages go out unlocked, as Log() is the program's: the entry
+  // stays, as only this binding, under its manager's lock, changes it.
   lock.unlock();
-  if (messages.written) {
+  if (kept.written) {
     Format::WriteLoadingMessages(store);
   } else {
-    messages.messages.Replay();
+    kept.messages.Replay();
   }
   return true;
+}
+
+template <typename Format>
+void PropertyParseCache<Format>::GiveBack(const void* binding, Store& store) {
+  Table<Format>& table = TheTable<Format>();
+  std::lock_guard<std::mutex> lock(table.mutex);
+  auto found = table.kept.find(binding);
+  if (found == table.kept.end() || !found->second.taken) return;
+  found->second.table.swap(Format::TableOf(store));
+  found->second.taken = false;
 }
 
 template <typename Format>

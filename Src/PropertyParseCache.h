@@ -37,11 +37,16 @@ class PropertyParseCache {
 
   // If what binding last read or wrote is text[0, size), read with the long
   // lines choice in force now: writes the messages reading it logs again,
-  // sets store to its table and returns true. take moves the table out (the
-  // caller changes it and keeps what it writes with KeepWritten()); else it
-  // is copied. Returns false, changing nothing, otherwise.
+  // sets store (an empty one) to its table and returns true. take moves the
+  // table out: the caller gives it back unchanged (GiveBack()) or keeps
+  // what it writes from it (KeepWritten()); until then nothing is reused.
+  // Otherwise the table is copied. Returns false, changing nothing, if the
+  // bytes are others.
   static bool Reuse(const void* binding, const char* text, size_t size,
                     Store& store, bool take);
+  // Puts back the table Reuse() gave store with take, unchanged; nothing if
+  // it did not.
+  static void GiveBack(const void* binding, Store& store);
   // Keeps for binding the bytes it read, the table they read as and the
   // messages reading them logged (unless the messages are not complete or
   // the bytes too many: then it forgets).

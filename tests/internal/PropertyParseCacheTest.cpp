@@ -148,6 +148,17 @@ TEST_F(PropertyParseCacheTest, TakenTableIsGoneUntilKeptAgain) {
   EXPECT_FALSE(Reuse("a=1\n", again));
 }
 
+TEST_F(PropertyParseCacheTest, TableGivenBackIsReusedAgain) {
+  JavaProperties read;
+  ReadAndKeep("a=1\n", read);
+  JavaProperties lent;
+  ASSERT_TRUE(FlatCache::Reuse(&kBinding, "a=1\n", 4, lent, true));
+  FlatCache::GiveBack(&kBinding, lent);
+  JavaProperties again;
+  ASSERT_TRUE(Reuse("a=1\n", again));
+  EXPECT_EQ("1", again.GetProperty("a"));
+}
+
 // Differential runs --------------------------------------------------------
 
 // Records every change it is told of, with the value, in order.
