@@ -247,9 +247,119 @@ void GenerateIni(int n, InputFile* input) {
   input->sectionCount = sections.size();
 }
 
+// Shuffles items in place (Fisher-Yates), the same way on every run.
+template <typename T>
+void Shuffle(std::vector<T>* items, Random& random) {
+  for (size_t i = items->size(); i > 1; --i) {
+    std::swap((*items)[i - 1], (*items)[random.Next() % i]);
+  }
+}
+
+// Writes entry lines the way people type them. Flat and INI files differ
+// only in the comment character: '#' would be part of an INI value.
+class HandWriter {
+ public:
+  HandWriter(std::string* text, Random* random, char comment)
+      : m_text(text), m_random(random), m_comment(comment) {}
+
+  void Comment() {
+    std::string line = MakeComment(*m_random);
+    line[0] = m_comment;
+    if (m_random->Between(0, 4) == 0) m_text->append("  ");
+    m_text->append(line);
+    m_text->push_back('\n');
+  }
+
+  // A block of comments, as at the top of a file or before a section.
+  void Comments(int low, int high) {
+    for (int i = m_random->Between(low, high); i > 0; --i) Comment();
+  }
+
+  void Blank() {
+    // Some editors leave blanks on an empty line.
+    if (m_random->Between(0, 5) == 0) m_text->append(" \t");
+    m_text->push_back('\n');
+  }
+
+  // key=value with blanks around '=' and at either end of some lines, and
+  // now and then a comment or a blank line before it, as between groups.
+  void Line(const std::string& key, const std::string& value) {
+    const int gap = m_random->Between(0, 11);
+    if (gap == 0) {
+      Blank();
+    } else if (gap == 1) {
+      Blank();
+      Comment();
+    } else if (gap == 2) {
+      Comment();
+    }
+    static const char* const kIndents[] = {"", "", "", "", "", "", "  ", "\t"};
+    static const char* const kBefore[] = {"", "", " ", " ", " ", "\t", "  "};
+    static const char* const kAfter[] = {"", "", " ", " ", " ", "  ", "\t"};
+    static const char* const kEnds[] = {"", "", "", "", "", "", " ", "\t"};
+    m_text->append(m_random->Pick(kIndents));
+    m_text->append(key);
+    m_text->append(m_random->Pick(kBefore));
+    m_text->push_back('=');
+    m_text->append(m_random->Pick(kAfter));
+    m_text->append(value);
+    m_text->append(m_random->Pick(kEnds));
+    m_text->push_back('\n');
+  }
+
+ private:
+  std::string* m_text;
+  Random* m_random;
+  char m_comment;
+};
+
+void GenerateHandFlat(const InputFile& sorted, InputFile* input) {
+  Random random(0x4a4d0000ULL + sorted.entries.size());
+  input->entries = sorted.entries;
+  Shuffle(&input->entries, random);
+  HandWriter writer(&input->text, &random, '#');
+  writer.Comments(2, 6);
+  writer.Blank();
+  for (const Entry& entry : input->entries) {
+    writer.Line(entry.key, entry.value);
+  }
+  input->canonicalText = sorted.canonicalText;
+  input->sectionCount = 0;
+}
+
+// Sections in no order, each once (a second occurrence of a section would
+// replace the first), with its keys in no order.
+void GenerateHandIni(const InputFile& sorted, InputFile* input) {
+  Random random(0x4a4e0000ULL + sorted.entries.size());
+  std::vector<std::vector<Entry>> sections;
+  for (const Entry& entry : sorted.entries) {
+    if (sections.empty() || sections.back().front().section != entry.section) {
+      sections.emplace_back();
+    }
+    sections.back().push_back(entry);
+  }
+  Shuffle(&sections, random);
+  HandWriter writer(&input->text, &random, ';');
+  writer.Comments(2, 6);
+  for (std::vector<Entry>& section : sections) {
+    Shuffle(&section, random);
+    writer.Blank();
+    writer.Comments(0, 2);
+    input->text += "[" + section.front().section + "]\n";
+    for (const Entry& entry : section) {
+      writer.Line(entry.key, entry.value);
+      input->entries.push_back(entry);
+    }
+  }
+  input->canonicalText = sorted.canonicalText;
+  input->sectionCount = sorted.sectionCount;
+}
+
 std::string g_directory;
 std::map<int, InputFile> g_flat;
 std::map<int, InputFile> g_ini;
+std::map<int, InputFile> g_handFlat;
+std::map<int, InputFile> g_handIni;
 // Every path handed out, for the signal handler: it may only unlink.
 std::vector<std::string> g_paths;
 
@@ -291,13 +401,27 @@ bool CreateInputs() {
   for (int n : kSizes) {
     InputFile& flat = g_flat[n];
     flat.format = Format::kFlat;
+    flat.handWritten = false;
     flat.path = ScratchPath("flat-" + std::to_string(n) + ".properties");
     GenerateFlat(n, &flat);
     InputFile& ini = g_ini[n];
     ini.format = Format::kIni;
+    ini.handWritten = false;
     ini.path = ScratchPath("sections-" + std::to_string(n) + ".ini");
     GenerateIni(n, &ini);
-    if (!WriteFile(flat.path, flat.text) || !WriteFile(ini.path, ini.text)) {
+    InputFile& handFlat = g_handFlat[n];
+    handFlat.format = Format::kFlat;
+    handFlat.handWritten = true;
+    handFlat.path = ScratchPath("hand-" + std::to_string(n) + ".properties");
+    GenerateHandFlat(flat, &handFlat);
+    InputFile& handIni = g_handIni[n];
+    handIni.format = Format::kIni;
+    handIni.handWritten = true;
+    handIni.path = ScratchPath("hand-sections-" + std::to_string(n) + ".ini");
+    GenerateHandIni(ini, &handIni);
+    if (!WriteFile(flat.path, flat.text) || !WriteFile(ini.path, ini.text) ||
+        !WriteFile(handFlat.path, handFlat.text) ||
+        !WriteFile(handIni.path, handIni.text)) {
       std::fprintf(stderr, "cannot write the inputs into %s\n",
                    g_directory.c_str());
       return false;
@@ -323,6 +447,10 @@ void RemoveInputs() {
 
 const InputFile& Input(Format format, int entries) {
   return (format == Format::kFlat ? g_flat : g_ini).at(entries);
+}
+
+const InputFile& HandInput(Format format, int entries) {
+  return (format == Format::kFlat ? g_handFlat : g_handIni).at(entries);
 }
 
 std::string ScratchPath(const std::string& name) {

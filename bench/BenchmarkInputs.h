@@ -5,9 +5,14 @@
 // /dev/shm is not writable), one flat and one INI file for each of kSizes:
 // realistic dotted keys (8-30 characters) and values (numbers, words, paths,
 // host names; 5-60 characters), sorted as the library writes them, with a
-// comment or a blank line as every 10th line. The text is the same on every
-// run: each file comes from its own fixed seed. RemoveInputs() deletes the
-// directory and everything written into it; it is also called at exit.
+// comment or a blank line as every 10th line. Beside each, a hand-written
+// file holds the same entries the way people write them: a block of
+// comments at the top, keys in no order (INI: sections in no order, keys in
+// no order within them), blanks around '=' and at either end of some lines,
+// tabs, comment lines and blank lines between groups of entries. The text is
+// the same on every run: each file comes from its own fixed seed.
+// RemoveInputs() deletes the directory and everything written into it; it
+// is also called at exit.
 //
 //   if (!bench::CreateInputs()) return 1;
 //   const bench::InputFile& input = bench::Input(bench::Format::kFlat, 1000);
@@ -51,9 +56,10 @@ struct InputFile {
   Format format;
   std::string path;            // Inside the scratch directory.
   std::string text;            // The content of the file.
-  std::vector<Entry> entries;  // In file order (sections, then keys sorted).
+  std::vector<Entry> entries;  // In file order: sorted, except hand-written.
   std::string canonicalText;   // What the library's Store writes for it.
   size_t sectionCount;         // 0 in flat files.
+  bool handWritten;            // Unsorted, with blanks and comments.
 };
 
 // Creates the scratch directory and writes every input file into it.
@@ -66,6 +72,9 @@ void RemoveInputs();
 // The input of format with entries entries. REQUIRES: CreateInputs()
 // succeeded and entries is one of kSizes.
 const InputFile& Input(Format format, int entries);
+// The hand-written file of format with the same entries as Input(format,
+// entries), so the same canonicalText. REQUIRES: as Input().
+const InputFile& HandInput(Format format, int entries);
 // A path inside the scratch directory for a file a benchmark writes.
 std::string ScratchPath(const std::string& name);
 // Copies the file at from to to (replacing it). Returns false on failure.

@@ -2,7 +2,8 @@
 // every benchmark and runs the ones the command line selects (Google
 // Benchmark's flags, e.g. --benchmark_filter=Load --benchmark_min_time=0.01).
 // Started by itself with --peak-memory-child=..., it only measures one load
-// (see PeakMemory.h).
+// (see PeakMemory.h); with --set-value-child=..., it only times SetValue
+// (see SetValueChild.h).
 //
 // Besides Google Benchmark's own context, the results record what a reader
 // of the numbers needs to compare two runs: the processor model, the kernel,
@@ -18,6 +19,7 @@
 #include "BenchmarkInputs.h"
 #include "BenchmarkRegistry.h"
 #include "PeakMemory.h"
+#include "SetValueChild.h"
 
 namespace {
 
@@ -61,6 +63,7 @@ int main(int argc, char** argv) {
   bench::RegisterPeerMemoryBenchmarks();
   int exitCode = 0;
   if (bench::RunPeakMemoryChild(argc, argv, &exitCode)) return exitCode;
+  if (bench::RunSetValueChild(argc, argv, &exitCode)) return exitCode;
 
   const std::string arguments = Arguments(argc, argv);
   benchmark::Initialize(&argc, argv);
@@ -72,6 +75,7 @@ int main(int argc, char** argv) {
   benchmark::AddCustomContext("cpu_model", CpuModel());
   benchmark::AddCustomContext("kernel", Kernel());
   benchmark::AddCustomContext("arguments", arguments);
+  benchmark::AddCustomContext("file_locks", BENCH_FILE_LOCKS);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   bench::RemoveInputs();

@@ -84,17 +84,25 @@ long PeakKilobytes(const std::string& name, const std::string& path) {
 
 }  // namespace
 
-void RegisterPeakMemory(const std::string& impl, Format format, Loader load) {
+void RegisterPeakMemory(const std::string& impl, Format format, Loader load,
+                        const std::vector<int>& sizes, bool onCopy) {
   const std::string name =
       "BM_PeakMemory_" + impl + (format == Format::kFlat ? "_Flat" : "_Ini");
   Loaders()[name] = load;
-  benchmark::RegisterBenchmark(
-      name.c_str(),
-      [name, format](benchmark::State& state) {
+  benchmark::internal::Benchmark* benchmark = benchmark::RegisterBenchmark(
+      name.c_str(), [name, format, onCopy](benchmark::State& state) {
         const InputFile& input =
             Input(format, static_cast<int>(state.range(0)));
+        std::string path = input.path;
+        if (onCopy) {
+          path = ScratchPath(name.substr(3) + "-" +
+                             std::to_string(input.entries.size()));
+        }
         long kilobytes = -1;
-        for (auto _ : state) kilobytes = PeakKilobytes(name, input.path);
+        for (auto _ : state) {
+          if (onCopy && !CopyFile(input.path, path)) break;
+          kilobytes = PeakKilobytes(name, path);
+        }
         if (kilobytes < 0) {
           state.SkipWithError("the load in the child process failed");
           return;
@@ -102,11 +110,9 @@ void RegisterPeakMemory(const std::string& impl, Format format, Loader load) {
         state.counters["peak_kB"] = static_cast<double>(kilobytes);
         state.counters["file_kB"] =
             static_cast<double>(input.text.size()) / 1024;
-      })
-      ->Arg(kLargestSize)
-      ->Iterations(1)
-      ->UseRealTime()
-      ->Unit(benchmark::kMillisecond);
+      });
+  for (int size : sizes) benchmark->Arg(size);
+  benchmark->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 }
 
 bool RunPeakMemoryChild(int argc, char** argv, int* exitCode) {

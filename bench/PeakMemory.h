@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "BenchmarkInputs.h"
 
@@ -30,9 +31,13 @@ namespace bench {
 // peak has been read), or null on failure.
 typedef std::function<std::shared_ptr<void>(const std::string& path)> Loader;
 
-// Registers BM_PeakMemory_<impl>_<Flat|Ini>/100000 and makes load known to
-// the child process under that name.
-void RegisterPeakMemory(const std::string& impl, Format format, Loader load);
+// Registers BM_PeakMemory_<impl>_<Flat|Ini>/<n> for each n of sizes
+// (default: the largest input) and makes load known to the child process
+// under that name. With onCopy, load gets a fresh copy of the input (for
+// loaders that write the file) instead of the input itself.
+void RegisterPeakMemory(const std::string& impl, Format format, Loader load,
+                        const std::vector<int>& sizes = {kLargestSize},
+                        bool onCopy = false);
 
 // If argv is the command line of a measuring child, measures and returns
 // true with the exit code in *exitCode; returns false otherwise. Call at the
