@@ -10,6 +10,14 @@
 
 namespace {
 
+// True if the header line of the section name reads back as that section
+// and without a note.
+bool SectionReadsBackAlone(const propstring& name) {
+  return !name.empty() &&
+         PropertyTextWriter::FieldTrouble(name, ';', true) == nullptr &&
+         PropertyTextWriter::ReadsWithoutNote(name.size() + 2);
+}
+
 typedef std::map<propstring, propstring> Section;
 typedef std::map<propstring, Section> Sections;
 
@@ -101,20 +109,22 @@ bool IniPropertiesFormat::ReadsBackAlone(const IniProperties& store,
   if (!PropertyTextWriter::HeaderReadsAlone(header)) return false;
   for (const auto& section : store.m_sections) {
     // A section without entries reads back too, and logs nothing.
-    if (section.first.empty() ||
-        PropertyTextWriter::FieldTrouble(section.first, ';', true) != nullptr ||
-        !PropertyTextWriter::ReadsWithoutNote(section.first.size() + 2)) {
-      return false;
-    }
+    if (!SectionReadsBackAlone(section.first)) return false;
     for (const auto& entry : section.second) {
-      if (!Unreadable(section.first, entry.first, entry.second).empty() ||
-          !PropertyTextWriter::ReadsWithoutNote(entry.first.size() + 1 +
-                                                entry.second.size())) {
+      if (!EntryReadsBackAlone(section.first, entry.first, entry.second)) {
         return false;
       }
     }
   }
   return true;
+}
+
+bool IniPropertiesFormat::EntryReadsBackAlone(const propstring& section,
+                                              const propstring& key,
+                                              const propstring& value) {
+  return SectionReadsBackAlone(section) &&
+         Unreadable(section, key, value).empty() &&
+         PropertyTextWriter::ReadsWithoutNote(key.size() + 1 + value.size());
 }
 
 void IniPropertiesFormat::WriteLoadingMessages(const IniProperties& store) {

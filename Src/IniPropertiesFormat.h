@@ -69,6 +69,10 @@ class IniPropertiesFormat {
   // itself and logs nothing but each entry's "Loading" line.
   static bool ReadsBackAlone(const IniProperties& store,
                              const propstring& header);
+  // The same for one entry and its section's line.
+  static bool EntryReadsBackAlone(const propstring& section,
+                                  const propstring& key,
+                                  const propstring& value);
   // Writes the messages that reading such a text logs, in order.
   static void WriteLoadingMessages(const IniProperties& store);
 

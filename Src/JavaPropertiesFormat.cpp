@@ -35,13 +35,18 @@ bool JavaPropertiesFormat::ReadsBackAlone(const JavaProperties& store,
                                           const propstring& header) {
   if (!PropertyTextWriter::HeaderReadsAlone(header)) return false;
   for (const auto& entry : store.m_entries) {
-    if (!Unreadable(propstring(), entry.first, entry.second).empty() ||
-        !PropertyTextWriter::ReadsWithoutNote(entry.first.size() + 1 +
-                                              entry.second.size())) {
+    if (!EntryReadsBackAlone(propstring(), entry.first, entry.second)) {
       return false;
     }
   }
   return true;
+}
+
+bool JavaPropertiesFormat::EntryReadsBackAlone(const propstring& section,
+                                               const propstring& key,
+                                               const propstring& value) {
+  return Unreadable(section, key, value).empty() &&
+         PropertyTextWriter::ReadsWithoutNote(key.size() + 1 + value.size());
 }
 
 void JavaPropertiesFormat::WriteLoadingMessages(const JavaProperties& store) {

@@ -48,6 +48,10 @@ class JavaPropertiesFormat {
   // itself and logs nothing but each entry's "Loading" line.
   static bool ReadsBackAlone(const JavaProperties& store,
                              const propstring& header);
+  // The same for one entry (section is not used).
+  static bool EntryReadsBackAlone(const propstring& section,
+                                  const propstring& key,
+                                  const propstring& value);
   // Writes the messages that reading such a text logs, in order.
   static void WriteLoadingMessages(const JavaProperties& store);
 

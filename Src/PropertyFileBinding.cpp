@@ -56,7 +56,8 @@ void PropertyFileBinding<Format>::Rewrite() {
     // or unregistered properties put there.
     Store store;
     PropertyFile::Contents seen;
-    Load(store, &seen, kTake);
+    bool written = false;
+    Load(store, &seen, kTake, &written);
     for (Property* property : m_bound) Format::Put(store, *property);
     PropertyTextBuffer text;
     Render(store, seen, keepLayout, text);
@@ -66,8 +67,10 @@ void PropertyFileBinding<Format>::Rewrite() {
     // What the file holds now is what the next read finds, unless another
     // program writes meanwhile; an edit of the layout is read anew.
     if (result == PropertyFile::kWritten && !keepLayout) {
+      // A table the binding wrote changes only in its properties' entries.
       PropertyParseCache<Format>::KeepWritten(&m_bound, text.Data(),
-                                              text.Size(), store, m_header);
+                                              text.Size(), store, m_header,
+                                              written ? &m_bound : nullptr);
     } else {
       PropertyParseCache<Format>::Forget(&m_bound);
     }
@@ -105,7 +108,8 @@ void PropertyFileBinding<Format>::Render(const Store& store,
 
 template <typename Format>
 void PropertyFileBinding<Format>::Load(Store& store,
-                                       PropertyFile::Contents* seen, Use use) {
+                                       PropertyFile::Contents* seen, Use use,
+                                       bool* written) {
   typedef PropertyParseCache<Format> Cache;
   // The result of the read is not looked at: a read error has been logged,
   // and what was read before it counts.
@@ -114,7 +118,8 @@ void PropertyFileBinding<Format>::Load(Store& store,
   typename Format::LineParser parser(store);
   PropertyTextBuffer text;
   if (PropertyTextReader::ReadForParsing(m_path, text, opened, seen)) {
-    if (Cache::Reuse(&m_bound, text.Data(), text.Size(), store, use != kCopy)) {
+    if (Cache::Reuse(&m_bound, text.Data(), text.Size(), store, use != kCopy,
+                     written)) {
       return;
     }
     // A rewrite keeps what it writes instead.

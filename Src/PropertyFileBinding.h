@@ -52,9 +52,10 @@ class PropertyFileBinding {
   // Reads the file into store. Logs "Can not read File '<path>'" and leaves
   // store as it was if it cannot be opened. If seen is not null, it records
   // what the read found. Bytes the binding read or wrote last are not
-  // parsed again: store (an empty one) gets their table, as use says.
+  // parsed again: store (an empty one) gets their table, as use says, and
+  // written (if not null) whether it is a table the binding wrote.
   void Load(Store& store, PropertyFile::Contents* seen = nullptr,
-            Use use = kCopy);
+            Use use = kCopy, bool* written = nullptr);
   // Reads the file once and gives every bound property its stored value.
   void LoadAll();
   // Reads the file once and gives each bound property whose stored value

@@ -11,6 +11,7 @@
 #include "IniPropertiesFormat.h"
 #include "JavaPropertiesFormat.h"
 #include "PropertySafety.h"
+#include "PropertyTextWriter.h"
 
 namespace {
 
@@ -46,7 +47,8 @@ Table<Format>& TheTable() {
 
 template <typename Format>
 bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
-                                       size_t size, Store& store, bool take) {
+                                       size_t size, Store& store, bool take,
+                                       bool* written) {
   if (!Enabled()) return false;
   Table<Format>& table = TheTable<Format>();
   std::unique_lock<std::mutex> lock(table.mutex);
@@ -59,6 +61,7 @@ bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
       std::memcmp(kept.bytes.data(), text, size) != 0) {
     return false;
   }
+  if (written != nullptr) *written = kept.written;
   typename Format::Table& into = Format::TableOf(store);
   if (take) {
     into.swap(kept.table);
@@ -106,12 +109,11 @@ void PropertyParseCache<Format>::KeepRead(
 }
 
 template <typename Format>
-void PropertyParseCache<Format>::KeepWritten(const void* binding,
-                                             const char* text, size_t size,
-                                             Store& store,
-                                             const propstring& header) {
+void PropertyParseCache<Format>::KeepWritten(
+    const void* binding, const char* text, size_t size, Store& store,
+    const propstring& header, const std::vector<Property*>* changed) {
   if (!Enabled() || size > kMaxBytes ||
-      !Format::ReadsBackAlone(store, header)) {
+      !ReadsBackAlone(store, header, changed)) {
     Forget(binding);
     return;
   }
@@ -122,6 +124,21 @@ void PropertyParseCache<Format>::KeepWritten(const void* binding,
   Table<Format>& table = TheTable<Format>();
   std::lock_guard<std::mutex> lock(table.mutex);
   table.kept[binding] = std::move(kept);
+}
+
+template <typename Format>
+bool PropertyParseCache<Format>::ReadsBackAlone(
+    const Store& store, const propstring& header,
+    const std::vector<Property*>* changed) {
+  if (changed == nullptr) return Format::ReadsBackAlone(store, header);
+  if (!PropertyTextWriter::HeaderReadsAlone(header)) return false;
+  for (Property* property : *changed) {
+    if (!Format::EntryReadsBackAlone(property->GetSection(), property->GetKey(),
+                                     property->GetValue())) {
+      return false;
+    }
+  }
+  return true;
 }
 
 template <typename Format>

@@ -23,7 +23,9 @@
 #define SRC_PROPERTYPARSECACHE_H_
 
 #include <cstddef>
+#include <vector>
 
+#include "Property.h"
 #include "PropertyMessages.h"
 #include "PropertyThreadGuard.h"
 
@@ -42,8 +44,10 @@ class PropertyParseCache {
   // what it writes from it (KeepWritten()); until then nothing is reused.
   // Otherwise the table is copied. Returns false, changing nothing, if the
   // bytes are others.
+  // If written is not null, it tells whether the table is one the binding
+  // wrote (so that every entry reads back alone).
   static bool Reuse(const void* binding, const char* text, size_t size,
-                    Store& store, bool take);
+                    Store& store, bool take, bool* written = nullptr);
   // Puts back the table Reuse() gave store with take, unchanged; nothing if
   // it did not.
   static void GiveBack(const void* binding, Store& store);
@@ -54,15 +58,24 @@ class PropertyParseCache {
                        Store& store, PropertyMessages::Recording& messages);
   // Keeps for binding the text it wrote from store and header (the text
   // Format::Render() made), if reading that text gives store itself and
-  // logs only its "Loading" lines; otherwise forgets.
+  // logs only its "Loading" lines; otherwise forgets. If changed is not
+  // null, store is a table the binding wrote with the values of the
+  // properties of changed put into it, and only their entries are checked.
   static void KeepWritten(const void* binding, const char* text, size_t size,
-                          Store& store, const propstring& header);
+                          Store& store, const propstring& header,
+                          const std::vector<Property*>* changed = nullptr);
   static void Forget(const void* binding);
 
   // Whether bindings reuse at all (on unless turned off); for tests that
   // compare both ways.
   static void SetEnabled(bool on);
   static bool Enabled();
+
+ private:
+  // Format::ReadsBackAlone(), or with changed only the header and the
+  // entries of those properties.
+  static bool ReadsBackAlone(const Store& store, const propstring& header,
+                             const std::vector<Property*>* changed);
 };
 
 #endif  // SRC_PROPERTYPARSECACHE_H_

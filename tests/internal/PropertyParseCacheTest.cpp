@@ -206,7 +206,8 @@ std::vector<std::string> Observe(unsigned seed, const std::string& path) {
   };
   const std::vector<std::string> texts = HandTexts(F::kSectioned);
   const char* const keys[] = {"a", "b", "c", "d"};
-  const char* const values[] = {"1", "2", "x", "10", "#"};
+  // " 3" and "\"q" are written bare and read back otherwise.
+  const char* const values[] = {"1", "2", "x", "10", "#", " 3", "\"q"};
   WriteFile(path, texts[pick(static_cast<int>(texts.size()))]);
   ChangeLog changes(&events);
   {
@@ -231,7 +232,7 @@ std::vector<std::string> Observe(unsigned seed, const std::string& path) {
         case 3:
           if (F::Find(manager, key) != nullptr) {
             try {
-              F::Set(&manager, key, values[pick(5)]);
+              F::Set(&manager, key, values[pick(7)]);
             } catch (Property::WrongValue& e) {
               events.push_back("rejected " + e.m_message);
             }
