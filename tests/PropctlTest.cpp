@@ -376,7 +376,8 @@ TEST_F(PropctlTest, SetRejectsEmptySectionName) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "", "k", "v"}), 2, "",
                   "propctl: " + file +
-                      ": the entry 'k' = 'v' would not read back as "
+                      ": the entry 'k' = 'v' of section '' would not read "
+                      "back as "
                       "written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
@@ -434,8 +435,8 @@ TEST_F(PropctlTest, SetRefusesIniKeyHoldingEqualsAndLeavesFileUnchanged) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "window", "a=b", "v"}), 2, "",
                   "propctl: " + file +
-                      ": the entry 'a=b' = 'v' would not read back as "
-                      "written (see 'propctl help set')\n"));
+                      ": the entry 'a=b' = 'v' of section 'window' would not "
+                      "read back as written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
@@ -443,8 +444,8 @@ TEST_F(PropctlTest, SetRefusesIniKeyThatReadsAsSectionHeader) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "window", "[k", "v"}), 2, "",
                   "propctl: " + file +
-                      ": the entry '[k' = 'v' would not read back as "
-                      "written (see 'propctl help set')\n"));
+                      ": the entry '[k' = 'v' of section 'window' would not "
+                      "read back as written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }
 
@@ -452,7 +453,8 @@ TEST_F(PropctlTest, SetRefusesSectionHoldingCommentCharacter) {
   const std::string file = Write("f.ini", kIni);
   EXPECT_TRUE(Ran(Run({"set", file, "a;b", "k", "v"}), 2, "",
                   "propctl: " + file +
-                      ": the entry 'k' = 'v' would not read back as "
+                      ": the entry 'k' = 'v' of section 'a;b' would not read "
+                      "back as "
                       "written (see 'propctl help set')\n"));
   EXPECT_EQ(kIni, Read("f.ini"));
 }

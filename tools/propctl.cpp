@@ -833,8 +833,11 @@ void RequireReadBack(const Target& target, const std::string& stored) {
   std::string value;
   if (reread.Text("") != text || !reread.Get(target, value) ||
       value != stored) {
+    const std::string where = target.format == FileFormat::kIni
+                                  ? " of section " + Quoted(target.section)
+                                  : "";
     throw Failure{target.path + ": the entry " + Quoted(target.key) + " = " +
-                  Quoted(stored) +
+                  Quoted(stored) + where +
                   " would not read back as written (see 'propctl help set')"};
   }
 }
