@@ -152,6 +152,55 @@ void IniPropertiesFormat::Render(const IniProperties& store,
   }
 }
 
+const propstring* IniPropertiesFormat::Peek(const IniProperties& store,
+                                            Property& property) {
+  const auto section = store.m_sections.find(property.GetSection());
+  if (section == store.m_sections.end()) return nullptr;
+  const auto found = section->second.find(property.GetKey());
+  return found == section->second.end() ? nullptr : &found->second;
+}
+
+bool IniPropertiesFormat::RenderChanged(const char* text, size_t size,
+                                        const propstring& header,
+                                        const Changes& changes,
+                                        PropertyTextBuffer& out) {
+  const char* const end = text + size;
+  // The header line, as AppendHeader() wrote it, stays.
+  const size_t body = header.empty() ? 0 : header.size() + 2;
+  if (body > size || (body > 0 && (text[0] != ';' || text[body - 1] != '\n' ||
+                                   header.compare(0, header.size(), text + 1,
+                                                  header.size()) != 0))) {
+    return false;
+  }
+  const char* copied = text;
+  const char* sections = text + body;
+  for (const auto& section : changes) {
+    // Sections are "[name]" lines, their entries and an empty line, in byte
+    // order of the names; no other line starts with '['.
+    const propstring line = "[" + section.first + "]\n";
+    const char* found = sections;
+    for (;;) {
+      found = static_cast<const char*>(::memmem(
+          found, static_cast<size_t>(end - found), line.data(), line.size()));
+      if (found == nullptr) return false;  // A new section.
+      if (found == text + body || found[-1] == '\n') break;
+      ++found;
+    }
+    const char* entries = found + line.size();
+    const char* blank = static_cast<const char*>(::memmem(
+        entries - 1, static_cast<size_t>(end - entries + 1), "\n\n", 2));
+    if (blank == nullptr) return false;
+    const char* entriesEnd = blank + 1;
+    out.Append(copied, static_cast<size_t>(entries - copied));
+    PropertyTextWriter::AppendChangedEntries(entries, entriesEnd,
+                                             section.second, out);
+    copied = entriesEnd;
+    sections = entriesEnd;
+  }
+  out.Append(copied, static_cast<size_t>(end - copied));
+  return true;
+}
+
 bool IniPropertiesFormat::Find(const IniProperties& store, Property& property,
                                propstring& value) {
   const propstring section = property.GetSection();

@@ -20,6 +20,7 @@
 #include "IniProperties.h"
 #include "Property.h"
 #include "PropertyTextBuffer.h"
+#include "PropertyTextWriter.h"
 #include "PropertyThreadGuard.h"
 
 class IniPropertiesFormat {
@@ -75,6 +76,17 @@ class IniPropertiesFormat {
                                   const propstring& value);
   // Writes the messages that reading such a text logs, in order.
   static void WriteLoadingMessages(const IniProperties& store);
+
+  // Entries given a new value, by section and key.
+  typedef std::map<propstring, PropertyTextWriter::NewValues> Changes;
+  // The value store holds for property, or null; logs nothing.
+  static const propstring* Peek(const IniProperties& store, Property& property);
+  // Appends to out what Render() makes of a store whose text was
+  // text[0, size), written with header, once changes are made to it; false
+  // if it cannot tell (out is then unspecified), as for a new section.
+  static bool RenderChanged(const char* text, size_t size,
+                            const propstring& header, const Changes& changes,
+                            PropertyTextBuffer& out);
 
   // Appends the text that store is written as to text.
   static void Render(const IniProperties& store, const propstring& header,

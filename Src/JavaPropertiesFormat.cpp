@@ -65,6 +65,33 @@ void JavaPropertiesFormat::Render(const JavaProperties& store,
   }
 }
 
+const propstring* JavaPropertiesFormat::Peek(const JavaProperties& store,
+                                             Property& property) {
+  const auto found = store.m_entries.find(property.GetKey());
+  return found == store.m_entries.end() ? nullptr : &found->second;
+}
+
+bool JavaPropertiesFormat::RenderChanged(const char* text, size_t size,
+                                         const propstring& header,
+                                         const Changes& changes,
+                                         PropertyTextBuffer& out) {
+  // The header line, as AppendHeader() wrote it, stays.
+  const size_t body = header.empty() ? 0 : header.size() + 2;
+  if (body > size || (body > 0 && (text[0] != '#' || text[body - 1] != '\n' ||
+                                   header.compare(0, header.size(), text + 1,
+                                                  header.size()) != 0))) {
+    return false;
+  }
+  out.Append(text, body);
+  const auto values = changes.find(propstring());
+  PropertyTextWriter::AppendChangedEntries(text + body, text + size,
+                                           values == changes.end()
+                                               ? PropertyTextWriter::NewValues()
+                                               : values->second,
+                                           out);
+  return true;
+}
+
 bool JavaPropertiesFormat::Find(const JavaProperties& store, Property& property,
                                 propstring& value) {
   return store.GetProperty(property.GetKey(), value);

@@ -17,6 +17,7 @@
 #include "JavaProperties.h"
 #include "Property.h"
 #include "PropertyTextBuffer.h"
+#include "PropertyTextWriter.h"
 #include "PropertyThreadGuard.h"
 
 class JavaPropertiesFormat {
@@ -54,6 +55,18 @@ class JavaPropertiesFormat {
                                   const propstring& value);
   // Writes the messages that reading such a text logs, in order.
   static void WriteLoadingMessages(const JavaProperties& store);
+
+  // Entries given a new value, by section ("" here) and key.
+  typedef std::map<propstring, PropertyTextWriter::NewValues> Changes;
+  // The value store holds for property, or null; logs nothing.
+  static const propstring* Peek(const JavaProperties& store,
+                                Property& property);
+  // Appends to out what Render() makes of a store whose text was
+  // text[0, size), written with header, once changes are made to it; false
+  // if it cannot tell (out is then unspecified).
+  static bool RenderChanged(const char* text, size_t size,
+                            const propstring& header, const Changes& changes,
+                            PropertyTextBuffer& out);
 
   // Appends the text that store is written as to text.
   static void Render(const JavaProperties& store, const propstring& header,

@@ -58,9 +58,17 @@ void PropertyFileBinding<Format>::Rewrite() {
     PropertyFile::Contents seen;
     bool written = false;
     Load(store, &seen, kTake, &written);
-    for (Property* property : m_bound) Format::Put(store, *property);
+    // The text of a table the binding wrote changes only in the lines of
+    // the entries that change: those are put into it, not the whole table.
+    const bool patch = written && !keepLayout;
+    typename Format::Changes changes;
+    for (Property* property : m_bound) Put(store, *property, patch, changes);
     PropertyTextBuffer text;
-    Render(store, seen, keepLayout, text);
+    if (!patch || !Format::RenderChanged(seen.bytes.data(), seen.bytes.size(),
+                                         m_header, changes, text)) {
+      text.SetSize(0);
+      Render(store, seen, keepLayout, text);
+    }
     if (pass == kMaxPasses) seen = PropertyFile::Contents();
     result = PropertyFile::ReplaceIfUnchanged(m_path, seen, text.Data(),
                                               text.Size());
@@ -80,6 +88,24 @@ void PropertyFileBinding<Format>::Rewrite() {
   // has; the in-memory values stay either way.
   if (result == PropertyFile::kNotOpened) {
     PropertyMessages::Write(PropertyMessages::kCanNotWrite, m_path.c_str());
+  }
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::Put(Store& store, Property& property,
+                                      bool noteChange,
+                                      typename Format::Changes& changes) {
+  if (!noteChange) {
+    Format::Put(store, property);
+    return;
+  }
+  const propstring* held = Format::Peek(store, property);
+  const bool had = held != nullptr;
+  const propstring before = had ? *held : propstring();
+  Format::Put(store, property);
+  const propstring& now = *Format::Peek(store, property);
+  if (!had || now != before) {
+    changes[property.GetSection()][property.GetKey()] = now;
   }
 }
 

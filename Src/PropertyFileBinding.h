@@ -79,6 +79,10 @@ class PropertyFileBinding {
   // store's text (logging why, if keepLayout).
   void Render(const Store& store, const PropertyFile::Contents& seen,
               bool keepLayout, PropertyTextBuffer& text);
+  // Format::Put() of property into store; if noteChange, an entry it
+  // changes or adds goes into changes.
+  void Put(Store& store, Property& property, bool noteChange,
+           typename Format::Changes& changes);
 
   std::vector<Property*>& m_bound;
   const propstring& m_path;

@@ -2,6 +2,9 @@
 
 #include "PropertyTextWriter.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "PropertyTextReader.h"
 
 void PropertyTextWriter::AppendHeader(char mark, const propstring& header,
@@ -22,6 +25,62 @@ void PropertyTextWriter::AppendEntry(const propstring& key,
   *line++ = '=';
   PropertyTextBuffer::Copy(line, value.data(), value.size());
   line[value.size()] = '\n';
+}
+
+namespace {
+
+// The first line of the AppendEntry() lines [begin, end) whose key is not
+// less than key (or end): a binary search on byte positions.
+const char* FirstLineNotBefore(const char* begin, const char* end,
+                               const propstring& key) {
+  const char* low = begin;
+  const char* high = end;
+  while (low < high) {
+    const char* middle = low + (high - low) / 2;
+    const void* feed = ::memrchr(low, '\n', static_cast<size_t>(middle - low));
+    const char* line =
+        feed == nullptr ? low : static_cast<const char*>(feed) + 1;
+    const char* next = static_cast<const char*>(
+        std::memchr(line, '\n', static_cast<size_t>(end - line)));
+    next = next == nullptr ? end : next + 1;
+    const char* equals = static_cast<const char*>(
+        std::memchr(line, '=', static_cast<size_t>(next - line)));
+    const size_t length = static_cast<size_t>(equals - line);
+    // Bytes compared as unsigned, the shorter first on a tie: the order of
+    // the tables the lines were written from.
+    const int order =
+        std::memcmp(line, key.data(), std::min(length, key.size()));
+    if (order < 0 || (order == 0 && length < key.size())) {
+      low = next;
+    } else {
+      high = line;
+    }
+  }
+  return low;
+}
+
+}  // namespace
+
+void PropertyTextWriter::AppendChangedEntries(const char* begin,
+                                              const char* end,
+                                              const NewValues& values,
+                                              PropertyTextBuffer& text) {
+  const char* copied = begin;
+  for (const auto& value : values) {
+    const char* line = FirstLineNotBefore(copied, end, value.first);
+    text.Append(copied, static_cast<size_t>(line - copied));
+    copied = line;
+    const size_t keyLength = value.first.size();
+    if (static_cast<size_t>(end - line) > keyLength && line[keyLength] == '=' &&
+        std::memcmp(line, value.first.data(), keyLength) == 0) {
+      // The key's own line goes; its new one takes its place.
+      const char* feed = static_cast<const char*>(
+          std::memchr(line, '\n', static_cast<size_t>(end - line)));
+      copied = feed == nullptr ? end : feed + 1;
+    }
+    AppendEntry(value.first, value.second, text);
+  }
+  text.Append(copied, static_cast<size_t>(end - copied));
 }
 
 void PropertyTextWriter::WriteHeader(std::ostream& out, char mark,

@@ -9,6 +9,7 @@
 #ifndef SRC_PROPERTYTEXTWRITER_H_
 #define SRC_PROPERTYTEXTWRITER_H_
 
+#include <map>
 #include <ostream>
 
 #include "PropertyTextBuffer.h"
@@ -22,6 +23,16 @@ class PropertyTextWriter {
   // Appends the line "<key>=<value>\n" to text.
   static void AppendEntry(const propstring& key, const propstring& value,
                           PropertyTextBuffer& text);
+  // Entries given a new value, by key.
+  typedef std::map<propstring, propstring> NewValues;
+  // Appends to text what AppendEntry() makes of the entries of the lines
+  // [begin, end) with values set: the lines as they are, each entry of
+  // values in place of its key's line or, for a key they lack, inserted
+  // where its byte order puts it. REQUIRES: [begin, end) is AppendEntry()
+  // lines in byte order of keys that hold no '=' or line feed.
+  static void AppendChangedEntries(const char* begin, const char* end,
+                                   const NewValues& values,
+                                   PropertyTextBuffer& text);
 
   // Writes the line "<mark><header>", unless header is empty.
   static void WriteHeader(std::ostream& out, char mark,

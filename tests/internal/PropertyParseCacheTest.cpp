@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -39,6 +40,24 @@ using test_support::TempDir;
 using test_support::WriteFile;
 
 typedef PropertyParseCache<JavaPropertiesFormat> FlatCache;
+
+// The two formats, as the patch test sets entries.
+struct FlatShape {
+  typedef JavaPropertiesFormat Format;
+  static constexpr bool kSectioned = false;
+  static void Set(JavaProperties& store, const std::string&,
+                  const std::string& key, const std::string& value) {
+    store.SetProperty(key, value);
+  }
+};
+struct IniShape {
+  typedef IniPropertiesFormat Format;
+  static constexpr bool kSectioned = true;
+  static void Set(IniProperties& store, const std::string& section,
+                  const std::string& key, const std::string& value) {
+    store.SetProperty(section, key, value);
+  }
+};
 
 // A binding's address, as the cache knows bindings.
 const int kBinding = 0;
@@ -157,6 +176,60 @@ TEST_F(PropertyParseCacheTest, TableGivenBackIsReusedAgain) {
   JavaProperties again;
   ASSERT_TRUE(Reuse("a=1\n", again));
   EXPECT_EQ("1", again.GetProperty("a"));
+}
+
+// The text of a table a binding wrote, patched where entries change, is the
+// text of the changed table: random tables and changes, both formats.
+template <typename Format>
+std::string Rendered(const typename Format::Store& store,
+                     const std::string& header) {
+  PropertyTextBuffer text;
+  Format::Render(store, header, text);
+  return std::string(text.Data(), text.Size());
+}
+
+template <typename Shape>
+void ExpectPatchedTextIsTheTablesText(unsigned seed) {
+  typedef typename Shape::Format Format;
+  std::mt19937 random(seed);
+  const auto pick = [&random](int n) {
+    return std::uniform_int_distribution<int>(0, n - 1)(random);
+  };
+  const char* const keys[] = {"", "a", "ab", "b", "B", "a.b", "\xc3\xa4", "z"};
+  const char* const sections[] = {"s", "t", "u v"};
+  const auto key = [&] { return std::string(keys[pick(8)]); };
+  const auto section = [&] {
+    return Shape::kSectioned ? std::string(sections[pick(3)]) : std::string();
+  };
+  typename Format::Store store;
+  for (int i = pick(12); i > 0; --i) {
+    Shape::Set(store, section(), key(), std::to_string(pick(100)));
+  }
+  const std::string header = pick(2) ? "h" : "";
+  const std::string before = Rendered<Format>(store, header);
+  typename Format::Changes changes;
+  for (int i = pick(5); i > 0; --i) {
+    const std::string s = section(), k = key(), v = std::to_string(pick(100));
+    changes[s][k] = v;
+    Shape::Set(store, s, k, v);
+  }
+  PropertyTextBuffer patched;
+  if (Format::RenderChanged(before.data(), before.size(), header, changes,
+                            patched)) {
+    EXPECT_EQ(Rendered<Format>(store, header),
+              std::string(patched.Data(), patched.Size()))
+        << "seed " << seed;
+  } else {
+    // Only a section the text lacks is left to the whole rendering.
+    EXPECT_TRUE(Shape::kSectioned) << "seed " << seed;
+  }
+}
+
+TEST(PropertyParseCachePatchTest, PatchedTextIsTheChangedTablesText) {
+  for (unsigned seed = 1; seed <= 2000; ++seed) {
+    ExpectPatchedTextIsTheTablesText<FlatShape>(seed);
+    ExpectPatchedTextIsTheTablesText<IniShape>(seed);
+  }
 }
 
 // Differential runs --------------------------------------------------------
