@@ -37,15 +37,27 @@ void PropertyLog::WriteToFile(const char* path, const std::string& line) {
   if (fd >= 0) PropertyFile::WriteAll(fd, line.data(), line.size());
 }
 
-void Log(int level, char* format, ...) {
+namespace {
+
+// Where Log() writes, chosen once; for a file, *path is set.
+PropertyDefaults::LogSink Sink(const char** path) {
 #ifdef PROPERTIES_LOG_STDERR
   const PropertyDefaults::LogSink built = PropertyDefaults::kLogToStderr;
 #else
   const PropertyDefaults::LogSink built = PropertyDefaults::kLogNowhere;
 #endif
-  static const char* path = nullptr;
+  static const char* chosenPath = nullptr;
   static const PropertyDefaults::LogSink sink =
-      PropertyDefaults::Log(built, &path);
+      PropertyDefaults::Log(built, &chosenPath);
+  *path = chosenPath;
+  return sink;
+}
+
+}  // namespace
+
+void Log(int level, char* format, ...) {
+  const char* path = nullptr;
+  const PropertyDefaults::LogSink sink = Sink(&path);
   // Nowhere to write: the arguments are not read, so that a mismatched
   // format does no harm, as existing programs expect of a silent library.
   if (sink == PropertyDefaults::kLogNowhere) return;
@@ -69,4 +81,15 @@ void Log(int level, char* format, ...) {
       break;
   }
   errno = savedErrno;
+}
+
+// This library's own Log() under a name no program defines: a program's
+// Log() takes the place of "Log" alone, so PropertyMessages can tell
+// whether the Log() that messages go to is this one.
+void PropertyOwnLog(int level, char* format, ...)
+    __attribute__((alias("_Z3LogiPcz"), visibility("hidden")));
+
+bool PropertyOwnLogWritesNowhere() {
+  const char* path = nullptr;
+  return Sink(&path) == PropertyDefaults::kLogNowhere;
 }

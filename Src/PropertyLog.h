@@ -18,6 +18,14 @@
 #include <cstdarg>
 #include <string>
 
+// Defined with the library's Log() (hidden, and absent where a program links
+// the library's objects with a Log() of its own): PropertyOwnLog is that
+// Log(); PropertyOwnLogWritesNowhere() tells whether it discards every
+// message.
+void PropertyOwnLog(int level, char* format, ...)
+    __attribute__((visibility("hidden")));
+bool PropertyOwnLogWritesNowhere() __attribute__((visibility("hidden")));
+
 class PropertyLog {
  public:
   // "libproperties[<level>]: <format formatted with args>\n".

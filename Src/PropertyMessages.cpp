@@ -128,6 +128,22 @@ PropertyMessages::Silence::~Silence() { --m_silences; }
 thread_local PropertyMessages::Recording* PropertyMessages::m_recording =
     nullptr;
 
+// Weak: a program that links the library's objects with its own Log() has
+// neither.
+extern void PropertyOwnLog(int level, char* format, ...)
+    __attribute__((weak, visibility("hidden")));
+extern bool PropertyOwnLogWritesNowhere()
+    __attribute__((weak, visibility("hidden")));
+
+bool PropertyMessages::LogDiscardsAll() {
+  // &Log is taken here, away from its definition, so that it is the Log()
+  // the program runs with, which may be its own.
+  static const bool discards =
+      &PropertyOwnLog != nullptr && &PropertyOwnLogWritesNowhere != nullptr &&
+      &Log == &PropertyOwnLog && PropertyOwnLogWritesNowhere();
+  return discards;
+}
+
 PropertyMessages::Recording::Scope::Scope(Recording& recording)
     : m_outer(m_recording) {
   m_recording = &recording;

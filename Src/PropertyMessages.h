@@ -116,6 +116,10 @@ class PropertyMessages {
     bool m_complete;
   };
 
+  // True if Log() is the library's own and writes nowhere: then no message
+  // can be seen, and none needs to be written again. Decided once.
+  static bool LogDiscardsAll();
+
   // The text of format with args, as a logging Log() prints it.
   static propstring Format(const char* format, ...);
   static propstring FormatList(const char* format, va_list args);

@@ -72,7 +72,9 @@ bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
   // The messages go out unlocked, as Log() is the program's: the entry
   // stays, as only this binding, under its manager's lock, changes it.
   lock.unlock();
-  if (kept.written) {
+  if (PropertyMessages::LogDiscardsAll()) {
+    // Nothing to see: the library's own Log() reads no argument.
+  } else if (kept.written) {
     Format::WriteLoadingMessages(store);
   } else {
     kept.messages.Replay();
