@@ -101,6 +101,12 @@ void PropertyFileBinding<Format>::Put(Store& store, Property& property,
   }
   const propstring* held = Format::Peek(store, property);
   const bool had = held != nullptr;
+  // Putting a value the table holds changes nothing but the "Setting" line
+  // it logs, which nobody sees where Log() discards everything.
+  if (had && PropertyMessages::LogDiscardsAll() &&
+      *held == property.GetValue()) {
+    return;
+  }
   const propstring before = had ? *held : propstring();
   Format::Put(store, property);
   const propstring& now = *Format::Peek(store, property);
