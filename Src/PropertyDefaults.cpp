@@ -37,6 +37,14 @@ bool PropertyDefaults::KeepLayout() {
   return keep;
 }
 
+bool PropertyDefaults::ReuseParses() {
+  static const bool reuse = [] {
+    const char* text = Variable("LIBPROPERTIES_REUSE");
+    return text == nullptr || std::strcmp(text, "0") != 0;
+  }();
+  return reuse;
+}
+
 long PropertyDefaults::LockTimeoutMilliseconds() {
   static const long timeout = [] {
     const char* text = Variable("LIBPROPERTIES_LOCK_TIMEOUT_MS");

@@ -12,6 +12,11 @@
 //                             back from their file; "0" or unset: they don't.
 //   LIBPROPERTIES_KEEP_LAYOUT "1": rewrites keep the layout of existing files
 //                             (PropertyLayout.h); "0" or unset: they don't.
+//   LIBPROPERTIES_REUSE       "0": bindings parse every read anew; unset or
+//                             anything else: a read of the very bytes a
+//                             binding read or wrote last reuses their table
+//                             (PropertyParseCache.h), which nothing else can
+//                             tell apart.
 //   LIBPROPERTIES_LOG         "stderr", "syslog", "none", or a file path:
 //                             where Log() writes. Unset: the build's choice
 //                             (-DPROPERTIES_LOG=none|stderr).
@@ -30,6 +35,7 @@ class PropertyDefaults {
   static bool LongLines();
   static bool StrictValues();
   static bool KeepLayout();
+  static bool ReuseParses();
   static long LockTimeoutMilliseconds();
 
   enum LogSink { kLogNowhere, kLogToStderr, kLogToSyslog, kLogToFile };

@@ -10,6 +10,7 @@
 
 #include "IniPropertiesFormat.h"
 #include "JavaPropertiesFormat.h"
+#include "PropertyDefaults.h"
 #include "PropertySafety.h"
 #include "PropertyTextWriter.h"
 
@@ -157,7 +158,7 @@ void PropertyParseCache<Format>::SetEnabled(bool on) {
 
 template <typename Format>
 bool PropertyParseCache<Format>::Enabled() {
-  return g_enabled.load();
+  return g_enabled.load() && PropertyDefaults::ReuseParses();
 }
 
 template class PropertyParseCache<JavaPropertiesFormat>;

@@ -66,8 +66,8 @@ class PropertyParseCache {
                           const std::vector<Property*>* changed = nullptr);
   static void Forget(const void* binding);
 
-  // Whether bindings reuse at all (on unless turned off); for tests that
-  // compare both ways.
+  // Whether bindings reuse at all: on unless turned off here (for tests that
+  // compare both ways) or by LIBPROPERTIES_REUSE=0.
   static void SetEnabled(bool on);
   static bool Enabled();
 

@@ -19,6 +19,12 @@
 //       bind FILE read-write, register the string property KEY, set it to
 //       VALUE and print "set", or "refused: <message>" if the manager
 //       refuses the value with Property::WrongValue.
+//   SafetyDriver scenario-flat FILE SEED
+//   SafetyDriver scenario-ini FILE SEED
+//       bind FILE read-write and run 40 operations that SEED picks
+//       (registrations, sets, hand edits of FILE, reloads, rebinding),
+//       printing after each the file's bytes, every value and every change
+//       the manager's listeners were told.
 //
 // Everything on standard output is flushed at once, so that a test sees how
 // far a run got even when it has to kill it. Exits 0 after a load that
@@ -28,13 +34,19 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
+#include <random>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "IniProperties.h"
 #include "JavaProperties.h"
 #include "Properties.h"
 #include "Property.h"
+#include "PropertyChangeListener.h"
+#include "PropertyFileWatcher.h"
 #include "StringProperty.h"
 
 namespace {
@@ -138,11 +150,132 @@ int SetIni(const std::string& path, const std::string& section,
   return 0;
 }
 
+// Prints every change it is told of.
+class ChangePrinter : public PropertyChangeListener {
+ public:
+  void PropertyChanged(Property* property) override {
+    Print("changed " + std::string(property->GetKey()) + "=" +
+          std::string(property->GetValue()));
+  }
+};
+
+std::string FileText(const std::string& path) {
+  std::ifstream in(path.c_str(), std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+  std::ofstream(path.c_str(), std::ios::binary | std::ios::trunc) << text;
+}
+
+// The flavours as the scenario uses them; the INI one in the section "s".
+struct FlatManager {
+  static JavaPropertyManager* Get() {
+    return Properties::GetInstance()->GetJavaPropertyManager("scenario");
+  }
+  static const char* Section() { return ""; }
+  static bool Has(JavaPropertyManager* m, const std::string& key) {
+    return m->GetProperty(key) != nullptr;
+  }
+  static void Register(JavaPropertyManager* m, const char* type,
+                       const std::string& key) {
+    m->RegisterProperty(type, key, "0");
+  }
+  static void Set(JavaPropertyManager* m, const std::string& key,
+                  const std::string& value) {
+    m->SetValue(key, value);
+  }
+  static std::string Value(JavaPropertyManager* m, const std::string& key) {
+    return m->GetValue(key);
+  }
+};
+struct IniManager {
+  static IniPropertyManager* Get() {
+    return Properties::GetInstance()->GetIniPropertyManager("scenario");
+  }
+  static const char* Section() { return "[s]\n"; }
+  static bool Has(IniPropertyManager* m, const std::string& key) {
+    return m->GetProperty("s", key) != nullptr;
+  }
+  static void Register(IniPropertyManager* m, const char* type,
+                       const std::string& key) {
+    m->RegisterProperty(type, "s", key, "0");
+  }
+  static void Set(IniPropertyManager* m, const std::string& key,
+                  const std::string& value) {
+    m->SetValue("s", key, value);
+  }
+  static std::string Value(IniPropertyManager* m, const std::string& key) {
+    return m->GetValue("s", key);
+  }
+};
+
+template <typename F>
+int Scenario(const std::string& path, unsigned seed) {
+  std::mt19937 random(seed);
+  const auto pick = [&random](int n) {
+    return std::uniform_int_distribution<int>(0, n - 1)(random);
+  };
+  const std::string section = F::Section();
+  const std::vector<std::string> texts = {
+      section + "a=1\nb=2\n", section + "# note\n a = 7 \nc=x\na=8\n",
+      section + "\" a\"=5\nb=\"q\"\n", ""};
+  const char* const keys[] = {"a", "b", "c", "d"};
+  const char* const values[] = {"1", "2", "x", "10", " 3", "\"q"};
+  WriteText(path, texts[pick(4)]);
+  ChangePrinter changes;
+  auto* manager = F::Get();
+  manager->AddChangeListener(&changes);
+  manager->RegisterPersistence(path, "h");
+  std::vector<std::string> registered;
+  for (int step = 0; step < 40; ++step) {
+    const std::string key = keys[pick(4)];
+    switch (pick(6)) {
+      case 0:
+      case 1:
+        if (!F::Has(manager, key)) {
+          F::Register(
+              manager,
+              pick(2) ? "PROPERTY_TYPE_INTEGER" : "PROPERTY_TYPE_STRING", key);
+          registered.push_back(key);
+        }
+        break;
+      case 2:
+        if (F::Has(manager, key)) {
+          try {
+            F::Set(manager, key, values[pick(6)]);
+          } catch (const Property::WrongValue& refusal) {
+            Print("refused: " + std::string(refusal.m_message));
+          }
+        }
+        break;
+      case 3:
+        WriteText(path, texts[pick(4)]);
+        break;
+      case 4:
+        PropertyFileWatcher::Reload(manager);
+        break;
+      case 5:
+        manager->UnRegisterPersistence(path);
+        manager->RegisterPersistence(path, pick(2) ? "h" : "");
+        break;
+    }
+    Print("file " + FileText(path));
+    for (const std::string& known : registered) {
+      Print("value " + known + "=" + F::Value(manager, known));
+    }
+  }
+  return 0;
+}
+
 int Usage() {
   std::fputs(
       "usage: SafetyDriver load-flat-store|load-flat-stream|load-ini-store|"
       "load-ini-stream FILE | bind-flat FILE KEY | bind-ini FILE SECTION KEY "
-      "| set-flat FILE KEY VALUE | set-ini FILE SECTION KEY VALUE\n",
+      "| set-flat FILE KEY VALUE | set-ini FILE SECTION KEY VALUE | "
+      "scenario-flat FILE SEED | scenario-ini FILE SEED\n",
       stderr);
   return 2;
 }
@@ -165,6 +298,14 @@ int main(int argc, char** argv) {
   if (argc == 4 && role == "bind-flat") return BindFlat(path, argv[3]);
   if (argc == 5 && role == "bind-ini") return BindIni(path, argv[3], argv[4]);
   if (argc == 5 && role == "set-flat") return SetFlat(path, argv[3], argv[4]);
+  if (argc == 4 && role == "scenario-flat") {
+    return Scenario<FlatManager>(path,
+                                 static_cast<unsigned>(std::atoi(argv[3])));
+  }
+  if (argc == 4 && role == "scenario-ini") {
+    return Scenario<IniManager>(path,
+                                static_cast<unsigned>(std::atoi(argv[3])));
+  }
   if (argc == 6 && role == "set-ini") {
     return SetIni(path, argv[3], argv[4], argv[5]);
   }

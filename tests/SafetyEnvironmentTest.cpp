@@ -401,3 +401,36 @@ TEST_F(SafetyLogTest, SyslogWritesNothingOnStderr) {
 }
 
 }  // namespace
+
+// LIBPROPERTIES_REUSE --------------------------------------------------------
+
+// A program that binds a file sees the same with its bindings reusing what
+// they read or wrote as with LIBPROPERTIES_REUSE=0: files, values, changes
+// and messages (here the library's own Log(), silent or on standard error).
+class SafetyReuseTest : public testing::Test {
+ protected:
+  ProgramResult Scenario(const std::string& role, unsigned seed,
+                         std::vector<std::string> variables) {
+    // One path for both runs: it stands in messages.
+    return RunDriver(kDriver,
+                     {role, m_dir.File("scenario"), std::to_string(seed)},
+                     variables);
+  }
+  test_support::TempDir m_dir;
+};
+
+TEST_F(SafetyReuseTest, ReuseChangesNothingAProgramSees) {
+  for (const std::string role : {"scenario-flat", "scenario-ini"}) {
+    for (const std::string log :
+         {"LIBPROPERTIES_LOG=none", "LIBPROPERTIES_LOG=stderr"}) {
+      for (unsigned seed = 1; seed <= 8; ++seed) {
+        const ProgramResult anew =
+            Scenario(role, seed, {log, "LIBPROPERTIES_REUSE=0"});
+        const ProgramResult reused = Scenario(role, seed, {log});
+        ASSERT_EQ(0, anew.status) << anew.err;
+        EXPECT_EQ(anew.out, reused.out) << role << " " << log << " " << seed;
+        EXPECT_EQ(anew.err, reused.err) << role << " " << log << " " << seed;
+      }
+    }
+  }
+}
