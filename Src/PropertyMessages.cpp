@@ -125,6 +125,8 @@ PropertyMessages::Silence::Silence() { ++m_silences; }
 
 PropertyMessages::Silence::~Silence() { --m_silences; }
 
+bool PropertyMessages::Silenced() { return m_silences != 0; }
+
 thread_local PropertyMessages::Recording* PropertyMessages::m_recording =
     nullptr;
 
@@ -150,6 +152,10 @@ PropertyMessages::Recording::Scope::Scope(Recording& recording)
 }
 
 PropertyMessages::Recording::Scope::~Scope() { m_recording = m_outer; }
+
+PropertyMessages::Recording* PropertyMessages::ThisThreadsRecording() {
+  return m_recording;
+}
 
 void PropertyMessages::Recording::Add(char* format, int number) {
   m_messages.push_back(Message{format, number, 0, {0, 0, 0}});

@@ -48,8 +48,10 @@ class PropertyMessages {
   // calling thread keeps it either way.
   template <typename... Args>
   static void Write(char* format, Args... args) {
-    if (m_recording != nullptr) m_recording->Add(format, args...);
-    if (m_silences == 0) Log(1, format, args...);
+    if (Recording* recording = ThisThreadsRecording()) {
+      recording->Add(format, args...);
+    }
+    if (!Silenced()) Log(1, format, args...);
   }
 
   // While one is alive, Write() logs nothing on the thread that made it: for
@@ -166,6 +168,14 @@ class PropertyMessages {
   }
 
  private:
+  // The calling thread's innermost Recording::Scope's Recording, or null;
+  // whether a Silence is open on it. The thread-local state is touched in
+  // PropertyMessages.cpp alone: thread_local members reached from other
+  // translation units go through wrappers that some sanitizer builds get
+  // wrong in new threads.
+  static Recording* ThisThreadsRecording();
+  static bool Silenced();
+
   static thread_local int m_silences;  // Silence scopes open on this thread.
   // The Recording of the innermost Recording::Scope of this thread, if any.
   static thread_local Recording* m_recording;
