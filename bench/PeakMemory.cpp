@@ -11,6 +11,8 @@
 #include <cstring>
 #include <map>
 
+#include "ChildAnswer.h"
+
 namespace bench {
 
 namespace {
@@ -50,33 +52,11 @@ void ResetPeak() {
 // Runs the loader registered as name on path in a new process and returns
 // the rise of its VmHWM in kB; -1 on any failure.
 long PeakKilobytes(const std::string& name, const std::string& path) {
-  int fds[2];
-  if (::pipe(fds) != 0) return -1;
-  const pid_t child = ::fork();
-  if (child < 0) {
-    ::close(fds[0]);
-    ::close(fds[1]);
-    return -1;
-  }
-  if (child == 0) {
-    ::close(fds[0]);
-    const std::string flag = kChildFlag + name;
-    const std::string fd = std::to_string(fds[1]);
-    ::execl("/proc/self/exe", "PropertiesBenchmark", flag.c_str(), path.c_str(),
-            fd.c_str(), static_cast<char*>(nullptr));
-    ::_exit(127);
-  }
-  ::close(fds[1]);
   std::string answer;
-  char buffer[64];
-  ssize_t got;
-  while ((got = ::read(fds[0], buffer, sizeof buffer)) > 0) {
-    answer.append(buffer, static_cast<size_t>(got));
-  }
-  ::close(fds[0]);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || answer.empty()) {
+  if (!RunForAnswer(
+          "/proc/self/exe",
+          {"PropertiesBenchmark", std::string(kChildFlag) + name, path},
+          &answer)) {
     return -1;
   }
   return std::strtol(answer.c_str(), nullptr, 10);

@@ -103,24 +103,16 @@ Map Expected(const InputFile& input) {
   return map;
 }
 
-template <Format kFormat, typename Map>
-void PlainLoadFile(benchmark::State& state) {
-  const InputFile& input = Input(kFormat, static_cast<int>(state.range(0)));
-  Map check;
-  if (!PlainRead(input, &check) || check != Expected<Map>(input)) {
-    state.SkipWithError(kMisread);
-    return;
-  }
-  for (auto _ : state) {
-    Map map;
-    benchmark::DoNotOptimize(PlainRead(input, &map));
-  }
-  SetCounters(state, input.text.size(), input.entries.size());
+// The generated input of the size, the hand-written one if kHand.
+template <Format kFormat, bool kHand>
+const InputFile& InputOf(const benchmark::State& state) {
+  const int size = static_cast<int>(state.range(0));
+  return kHand ? HandInput(kFormat, size) : Input(kFormat, size);
 }
 
-template <Format kFormat, typename Map>
-void PlainLoadHandWritten(benchmark::State& state) {
-  const InputFile& input = HandInput(kFormat, static_cast<int>(state.range(0)));
+template <Format kFormat, typename Map, bool kHand>
+void PlainLoadFile(benchmark::State& state) {
+  const InputFile& input = InputOf<kFormat, kHand>(state);
   Map check;
   if (!PlainRead(input, &check) || check != Expected<Map>(input)) {
     state.SkipWithError(kMisread);
@@ -220,9 +212,7 @@ bool BoundLoad(const InputFile& input, const Fields& fileOrder, BoundWay way,
 
 template <Format kFormat, typename Map, bool kHand, BoundWay kWay>
 void BoundLoadFile(benchmark::State& state) {
-  const int size = static_cast<int>(state.range(0));
-  const InputFile& input =
-      kHand ? HandInput(kFormat, size) : Input(kFormat, size);
+  const InputFile& input = InputOf<kFormat, kHand>(state);
   const Fields fields = InFileOrder(input);
   std::string buffer;
   Map check;
@@ -246,23 +236,9 @@ bool LoadsAsGenerated(const InputFile& input) {
   return table.Load(input.path) && table.ToText(kHeader) == input.canonicalText;
 }
 
-template <Format kFormat>
+template <Format kFormat, bool kHand>
 void OursLoadFile(benchmark::State& state) {
-  const InputFile& input = Input(kFormat, static_cast<int>(state.range(0)));
-  if (!LoadsAsGenerated<kFormat>(input)) {
-    state.SkipWithError(kMisread);
-    return;
-  }
-  for (auto _ : state) {
-    typename TableOf<kFormat>::Type table;
-    benchmark::DoNotOptimize(table.Load(input.path));
-  }
-  SetCounters(state, input.text.size(), input.entries.size());
-}
-
-template <Format kFormat>
-void OursLoadHandWritten(benchmark::State& state) {
-  const InputFile& input = HandInput(kFormat, static_cast<int>(state.range(0)));
+  const InputFile& input = InputOf<kFormat, kHand>(state);
   if (!LoadsAsGenerated<kFormat>(input)) {
     state.SkipWithError(kMisread);
     return;
@@ -328,14 +304,14 @@ void RegisterFormat() {
                                FloorLoadFile<kFormat>)
       ->Apply(AllSizes);
   benchmark::RegisterBenchmark(Name("Plain", "LoadFile", f).c_str(),
-                               PlainLoadFile<kFormat, Map>)
+                               PlainLoadFile<kFormat, Map, false>)
       ->Apply(AllSizes);
   benchmark::RegisterBenchmark(
       Name("Bound", "LoadFile", f).c_str(),
       BoundLoadFile<kFormat, Map, false, BoundWay::kFileOrderHinted>)
       ->Apply(AllSizes);
   benchmark::RegisterBenchmark(Name("Ours", "LoadFile", f).c_str(),
-                               OursLoadFile<kFormat>)
+                               OursLoadFile<kFormat, false>)
       ->Apply(AllSizes);
   benchmark::RegisterBenchmark(
       Name("BoundFileOrder", "LoadHandWritten", f).c_str(),
@@ -346,10 +322,10 @@ void RegisterFormat() {
       BoundLoadFile<kFormat, Map, true, BoundWay::kSorted>)
       ->Apply(AllSizes);
   benchmark::RegisterBenchmark(Name("Plain", "LoadHandWritten", f).c_str(),
-                               PlainLoadHandWritten<kFormat, Map>)
+                               PlainLoadFile<kFormat, Map, true>)
       ->Apply(AllSizes);
   benchmark::RegisterBenchmark(Name("Ours", "LoadHandWritten", f).c_str(),
-                               OursLoadHandWritten<kFormat>)
+                               OursLoadFile<kFormat, true>)
       ->Apply(AllSizes);
   benchmark::RegisterBenchmark(Name("Ours", "LoadMemory", f).c_str(),
                                OursLoadMemory<kFormat>)

@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "BoundManagers.h"
+#include "ChildAnswer.h"
 #include "IntegerProperty.h"
 
 namespace bench {
@@ -63,35 +64,11 @@ double SetValueSecondsInChild(const std::string& program, bool ini,
                               const std::string& path,
                               const std::string& section,
                               const std::string& key, double seconds) {
-  int fds[2];
-  if (::pipe(fds) != 0) return -1;
-  const pid_t child = ::fork();
-  if (child < 0) {
-    ::close(fds[0]);
-    ::close(fds[1]);
-    return -1;
-  }
-  if (child == 0) {
-    ::close(fds[0]);
-    const std::string flag = std::string(kChildFlag) + (ini ? "Ini" : "Flat");
-    const std::string time = std::to_string(seconds);
-    const std::string fd = std::to_string(fds[1]);
-    ::execl(program.c_str(), program.c_str(), flag.c_str(), path.c_str(),
-            section.c_str(), key.c_str(), time.c_str(), fd.c_str(),
-            static_cast<char*>(nullptr));
-    ::_exit(127);
-  }
-  ::close(fds[1]);
+  const std::string flag = std::string(kChildFlag) + (ini ? "Ini" : "Flat");
   std::string answer;
-  char buffer[64];
-  ssize_t got;
-  while ((got = ::read(fds[0], buffer, sizeof buffer)) > 0) {
-    answer.append(buffer, static_cast<size_t>(got));
-  }
-  ::close(fds[0]);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || answer.empty()) {
+  if (!RunForAnswer(
+          program, {program, flag, path, section, key, std::to_string(seconds)},
+          &answer)) {
     return -1;
   }
   return std::strtod(answer.c_str(), nullptr);
