@@ -19,48 +19,28 @@
 
 namespace test_support {
 
-class ScopedStrictValues {
+// Makes a process-wide choice (read by Get, made by Set) for its lifetime.
+template <bool (*Get)(), void (*Set)(bool)>
+class ScopedChoice {
  public:
-  explicit ScopedStrictValues(bool on)
-      : m_before(PropertySafety::StrictValues()) {
-    PropertySafety::SetStrictValues(on);
-  }
-  ~ScopedStrictValues() { PropertySafety::SetStrictValues(m_before); }
+  explicit ScopedChoice(bool on) : m_before(Get()) { Set(on); }
+  ~ScopedChoice() { Set(m_before); }
 
-  ScopedStrictValues(const ScopedStrictValues&) = delete;
-  ScopedStrictValues& operator=(const ScopedStrictValues&) = delete;
+  ScopedChoice(const ScopedChoice&) = delete;
+  ScopedChoice& operator=(const ScopedChoice&) = delete;
 
  private:
   bool m_before;
 };
 
-class ScopedLongLines {
- public:
-  explicit ScopedLongLines(bool on) : m_before(PropertySafety::LongLines()) {
-    PropertySafety::SetLongLines(on);
-  }
-  ~ScopedLongLines() { PropertySafety::SetLongLines(m_before); }
-
-  ScopedLongLines(const ScopedLongLines&) = delete;
-  ScopedLongLines& operator=(const ScopedLongLines&) = delete;
-
- private:
-  bool m_before;
-};
-
-class ScopedKeepLayout {
- public:
-  explicit ScopedKeepLayout(bool on) : m_before(PropertyLayout::KeepLayout()) {
-    PropertyLayout::SetKeepLayout(on);
-  }
-  ~ScopedKeepLayout() { PropertyLayout::SetKeepLayout(m_before); }
-
-  ScopedKeepLayout(const ScopedKeepLayout&) = delete;
-  ScopedKeepLayout& operator=(const ScopedKeepLayout&) = delete;
-
- private:
-  bool m_before;
-};
+typedef ScopedChoice<&PropertySafety::StrictValues,
+                     &PropertySafety::SetStrictValues>
+    ScopedStrictValues;
+typedef ScopedChoice<&PropertySafety::LongLines, &PropertySafety::SetLongLines>
+    ScopedLongLines;
+typedef ScopedChoice<&PropertyLayout::KeepLayout,
+                     &PropertyLayout::SetKeepLayout>
+    ScopedKeepLayout;
 
 }  // namespace test_support
 
