@@ -22,26 +22,17 @@ bool PropertyDefaults::LongLines() {
 }
 
 bool PropertyDefaults::StrictValues() {
-  static const bool strict = [] {
-    const char* text = Variable("LIBPROPERTIES_STRICT");
-    return text != nullptr && std::strcmp(text, "1") == 0;
-  }();
+  static const bool strict = Is("LIBPROPERTIES_STRICT", "1");
   return strict;
 }
 
 bool PropertyDefaults::KeepLayout() {
-  static const bool keep = [] {
-    const char* text = Variable("LIBPROPERTIES_KEEP_LAYOUT");
-    return text != nullptr && std::strcmp(text, "1") == 0;
-  }();
+  static const bool keep = Is("LIBPROPERTIES_KEEP_LAYOUT", "1");
   return keep;
 }
 
 bool PropertyDefaults::ReuseParses() {
-  static const bool reuse = [] {
-    const char* text = Variable("LIBPROPERTIES_REUSE");
-    return text == nullptr || std::strcmp(text, "0") != 0;
-  }();
+  static const bool reuse = !Is("LIBPROPERTIES_REUSE", "0");
   return reuse;
 }
 
@@ -68,6 +59,11 @@ PropertyDefaults::LogSink PropertyDefaults::Log(LogSink buildSink,
   if (std::strchr(text, '/') == nullptr) return buildSink;
   *path = text;
   return kLogToFile;
+}
+
+bool PropertyDefaults::Is(const char* name, const char* value) {
+  const char* text = Variable(name);
+  return text != nullptr && std::strcmp(text, value) == 0;
 }
 
 const char* PropertyDefaults::Variable(const char* name) {

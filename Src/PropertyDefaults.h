@@ -47,6 +47,8 @@ class PropertyDefaults {
   // The value of the environment variable name, or null if it is unset or
   // empty.
   static const char* Variable(const char* name);
+  // True if the environment variable name is value.
+  static bool Is(const char* name, const char* value);
 };
 
 #endif  // SRC_PROPERTYDEFAULTS_H_
