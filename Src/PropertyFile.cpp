@@ -19,7 +19,8 @@
 namespace {
 
 // Reads fd from its current offset to its end into buffer (Size() set);
-// sizeHint is where to start. False after a read error.
+// sizeHint is where to start, the size of the regular file fd is. False
+// after a read error.
 bool ReadToEnd(int fd, size_t sizeHint, PropertyTextBuffer& buffer) {
   // The size is only a hint: the file may grow or shrink meanwhile. One byte
   // more than the size lets the first read see the end.
@@ -27,14 +28,19 @@ bool ReadToEnd(int fd, size_t sizeHint, PropertyTextBuffer& buffer) {
   size_t filled = 0;
   for (;;) {
     if (filled == buffer.Capacity()) data = buffer.Reserve(2 * filled, filled);
-    const ssize_t got = ::read(fd, data + filled, buffer.Capacity() - filled);
+    const size_t wanted = buffer.Capacity() - filled;
+    const ssize_t got = ::read(fd, data + filled, wanted);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return false;
-    if (got == 0) {
+    filled += static_cast<size_t>(got);
+    // A regular file gives less than asked only at its end, which a read
+    // returning nothing would confirm. Files that give less before their
+    // end (those of /proc and /sys) stop short of their size or have none.
+    if (got == 0 || (static_cast<size_t>(got) < wanted && sizeHint > 0 &&
+                     filled >= sizeHint)) {
       buffer.SetSize(filled);
       return true;
     }
-    filled += static_cast<size_t>(got);
   }
 }
 
@@ -226,9 +232,14 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
     if (seen != nullptr && errno == ENOENT) seen->state = Contents::kAbsent;
     return kCannotOpen;
   }
-  struct stat info;
-  if (::fstat(lock.Fd(), &info) != 0 || !S_ISREG(info.st_mode) ||
-      !ReadToEnd(lock.Fd(), static_cast<size_t>(info.st_size), buffer)) {
+  return ReadHeld(lock, buffer, seen);
+}
+
+PropertyFile::ReadResult PropertyFile::ReadHeld(const PropertyFileLock& lock,
+                                                PropertyTextBuffer& buffer,
+                                                Contents* seen) {
+  if (seen != nullptr) *seen = Contents();
+  if (!lock.Regular() || !ReadToEnd(lock.Fd(), lock.Size(), buffer)) {
     return kReadLineByLine;
   }
   if (seen != nullptr) {
@@ -236,6 +247,21 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
     seen->bytes.assign(buffer.Data(), buffer.Size());
   }
   return kReadWhole;
+}
+
+PropertyFile::Result PropertyFile::ReplaceHeld(const propstring& path,
+                                               const PropertyFileLock& lock,
+                                               const char* text, size_t size) {
+  if (SafeWrites()) return ReplaceAtomically(path, text, size);
+  // The file opened for the lock is the one written: truncating it and
+  // writing from its start is what opening it with truncation does.
+  if (::ftruncate(lock.Fd(), 0) != 0 || ::lseek(lock.Fd(), 0, SEEK_SET) != 0) {
+    NoteWriteFailure();
+    return kNotOpened;
+  }
+  const bool written = WriteAll(lock.Fd(), text, size);
+  if (!written) NoteWriteFailure();
+  return written ? kWritten : kWriteFailed;
 }
 
 bool PropertyFile::WriteAll(int fd, const char* text, size_t size) {

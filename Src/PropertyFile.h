@@ -29,6 +29,7 @@
 
 #include <fstream>
 
+#include "PropertyFileLock.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyThreadGuard.h"
 
@@ -90,6 +91,18 @@ class PropertyFile {
   static ReadResult ReadWhole(const propstring& path,
                               PropertyTextBuffer& buffer,
                               Contents* seen = nullptr);
+  // ReadWhole() of the file lock holds (locked, or in a build without
+  // locks, opened), from where its offset stands.
+  static ReadResult ReadHeld(const PropertyFileLock& lock,
+                             PropertyTextBuffer& buffer,
+                             Contents* seen = nullptr);
+  // Replaces the content of the file lock holds (locked exclusively, opened
+  // for reading and writing; the file at path) with [text, text + size),
+  // the way of this build, without taking the lock again. kNotOpened if it
+  // cannot be truncated.
+  static Result ReplaceHeld(const propstring& path,
+                            const PropertyFileLock& lock, const char* text,
+                            size_t size);
   // Opens the file at path as a text input stream, for reading line by
   // line. Returns false if it cannot be opened.
   static bool OpenForLines(const propstring& path, std::ifstream& in);

@@ -2,18 +2,36 @@
 
 #include "PropertyFileBinding.h"
 
-#include <algorithm>
+#include <fcntl.h>
 
+#include <algorithm>
+#include <atomic>
+#include <typeinfo>
+
+#include "BooleanProperty.h"
+#include "DoubleProperty.h"
 #include "IniPropertiesFormat.h"
+#include "IntegerProperty.h"
+#include "IpAddrProperty.h"
 #include "JavaPropertiesFormat.h"
+#include "ListProperty.h"
 #include "PropertyChoices.h"
 #include "PropertyFile.h"
+#include "PropertyFileLock.h"
 #include "PropertyFileTroubles.h"
 #include "PropertyLayoutKeeper.h"
 #include "PropertyMessages.h"
 #include "PropertyParseCache.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyTextReader.h"
+#include "StringProperty.h"
+
+namespace {
+
+// One choice for both formats' bindings (a HeldPasses value).
+std::atomic<int> g_heldPasses(0);
+
+}  // namespace
 
 template <typename Format>
 PropertyFileBinding<Format>::PropertyFileBinding(std::vector<Property*>& bound,
@@ -46,18 +64,27 @@ void PropertyFileBinding<Format>::Rewrite() {
   PropertyFileTroubles::Scope troubles(&m_bound, m_path);
   const bool keepLayout =
       PropertyChoices::ForBinding(&m_bound, PropertyChoices::kKeepLayout);
+  // Where nothing but the library's own code runs between the read and the
+  // write, and the lock is free, the one pass holds the file's exclusive
+  // lock throughout: no other program can write in between, and the file
+  // opened for the lock is the one read and written. Otherwise a pass reads,
+  // merges and renders with no lock held (a program's Log() or property
+  // may run meanwhile, and might read this very file); only the final
+  // compare-and-write holds the lock, and another program's rewrite in
+  // between starts a new pass. Passes are bounded so that a writer that
+  // keeps losing still writes.
+  PropertyFileLock held;
+  const bool holding =
+      MayHoldLock() &&
+      held.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR);
   PropertyFile::Result result;
-  // A pass reads, merges and renders with no lock held (a listener or a Log
-  // hook may run meanwhile); only the final compare-and-write holds the
-  // file's lock. Another program's rewrite in between starts a new pass.
-  // Passes are bounded so that a writer that keeps losing still writes.
   for (int pass = 1;; ++pass) {
     // Merging into what the file holds now keeps keys that other programs
     // or unregistered properties put there.
     Store store;
     PropertyFile::Contents seen;
     bool written = false;
-    Load(store, &seen, kTake, &written);
+    Load(store, &seen, kTake, &written, holding ? &held : nullptr);
     // The text of a table the binding wrote changes only in the lines of
     // the entries that change: those are put into it, not the whole table.
     const bool patch = written && !keepLayout;
@@ -69,9 +96,14 @@ void PropertyFileBinding<Format>::Rewrite() {
       text.SetSize(0);
       Render(store, seen, keepLayout, text);
     }
-    if (pass == kMaxPasses) seen = PropertyFile::Contents();
-    result = PropertyFile::ReplaceIfUnchanged(m_path, seen, text.Data(),
-                                              text.Size());
+    if (holding) {
+      result =
+          PropertyFile::ReplaceHeld(m_path, held, text.Data(), text.Size());
+    } else {
+      if (pass == kMaxPasses) seen = PropertyFile::Contents();
+      result = PropertyFile::ReplaceIfUnchanged(m_path, seen, text.Data(),
+                                                text.Size());
+    }
     // What the file holds now is what the next read finds, unless another
     // program writes meanwhile; an edit of the layout is read anew.
     if (result == PropertyFile::kWritten && !keepLayout) {
@@ -89,6 +121,29 @@ void PropertyFileBinding<Format>::Rewrite() {
   if (result == PropertyFile::kNotOpened) {
     PropertyMessages::Write(PropertyMessages::kCanNotWrite, m_path.c_str());
   }
+}
+
+template <typename Format>
+void PropertyFileBinding<Format>::SetHeldPasses(HeldPasses which) {
+  g_heldPasses.store(which);
+}
+
+template <typename Format>
+bool PropertyFileBinding<Format>::MayHoldLock() const {
+  const int held = g_heldPasses.load(std::memory_order_relaxed);
+  if (held != kWhereOnlyOwnCodeRuns) return held == kEvery;
+  if (!PropertyMessages::LogIsOwn()) return false;
+  for (const Property* property : m_bound) {
+    const std::type_info& type = typeid(*property);
+    // The library's own property classes; a class of the program, derived
+    // from one of them or not, may do anything in GetValue().
+    if (type != typeid(IntegerProperty) && type != typeid(StringProperty) &&
+        type != typeid(BooleanProperty) && type != typeid(DoubleProperty) &&
+        type != typeid(IpAddrProperty) && type != typeid(ListProperty)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 template <typename Format>
@@ -141,7 +196,8 @@ void PropertyFileBinding<Format>::Render(const Store& store,
 template <typename Format>
 void PropertyFileBinding<Format>::Load(Store& store,
                                        PropertyFile::Contents* seen, Use use,
-                                       bool* written) {
+                                       bool* written,
+                                       const PropertyFileLock* held) {
   typedef PropertyParseCache<Format> Cache;
   // The result of the read is not looked at: a read error has been logged,
   // and what was read before it counts.
@@ -149,7 +205,7 @@ void PropertyFileBinding<Format>::Load(Store& store,
   bool opened = false;
   typename Format::LineParser parser(store);
   PropertyTextBuffer text;
-  if (PropertyTextReader::ReadForParsing(m_path, text, opened, seen)) {
+  if (PropertyTextReader::ReadForParsing(m_path, text, opened, seen, held)) {
     if (Cache::Reuse(&m_bound, text.Data(), text.Size(), store, use != kCopy,
                      written)) {
       return;

@@ -39,8 +39,9 @@ class PropertyFileBinding {
   void Unbind(Property* property);
   // Reads the file afresh, merges the value of every bound property into it
   // and rewrites it. Logs "Can not write File '<path>'" if it cannot be
-  // opened. If another program rewrites the file between the read and the
-  // write, starts again from the read, so that its update is kept.
+  // opened. No other program's rewrite between the read and the write is
+  // lost: the file stays locked throughout, or the rewrite starts again
+  // from the read.
   void Rewrite();
   // What a load does with the table it finds kept (PropertyParseCache).
   enum Use {
@@ -53,9 +54,19 @@ class PropertyFileBinding {
   // store as it was if it cannot be opened. If seen is not null, it records
   // what the read found. Bytes the binding read or wrote last are not
   // parsed again: store (an empty one) gets their table, as use says, and
-  // written (if not null) whether it is a table the binding wrote.
+  // written (if not null) whether it is a table the binding wrote. With
+  // held, the file it holds is read instead of opening the path.
   void Load(Store& store, PropertyFile::Contents* seen = nullptr,
-            Use use = kCopy, bool* written = nullptr);
+            Use use = kCopy, bool* written = nullptr,
+            const PropertyFileLock* held = nullptr);
+  // Which rewrites hold the file's exclusive lock for their whole pass.
+  enum HeldPasses {
+    kWhereOnlyOwnCodeRuns,  // The default (see MayHoldLock()).
+    kEvery,                 // For tests whose Log() only records.
+    kNone                   // For tests that compare the two ways.
+  };
+  // Chooses for the bindings of both formats.
+  static void SetHeldPasses(HeldPasses which);
   // Reads the file once and gives every bound property its stored value.
   void LoadAll();
   // Reads the file once and gives each bound property whose stored value
@@ -79,6 +90,10 @@ class PropertyFileBinding {
   // store's text (logging why, if keepLayout).
   void Render(const Store& store, const PropertyFile::Contents& seen,
               bool keepLayout, PropertyTextBuffer& text);
+  // True if a rewrite may hold the file's lock through its whole pass: no
+  // code of the program can run meanwhile (Log() is the library's own and
+  // every bound property of a class of it), or SetHeldPasses() says so.
+  bool MayHoldLock() const;
   // Format::Put() of property into store; if noteChange, an entry it
   // changes or adds goes into changes.
   void Put(Store& store, Property& property, bool noteChange,

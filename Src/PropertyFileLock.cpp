@@ -30,8 +30,11 @@ void SleepMilliseconds(long milliseconds) {
   }
 }
 
-// Takes the lock on fd, waiting until deadline. False if another holder
-// kept it that long, or if the file system refuses locks.
+// The deadline of a lock that is taken only if it is free.
+const long kNoWait = -1;
+
+// Takes the lock on fd, waiting until deadline (kNoWait: not at all). False
+// if another holder kept it that long, or if the file system refuses locks.
 bool Wait(int fd, PropertyFileLock::Mode mode, long deadline) {
   const int operation =
       (mode == PropertyFileLock::kShared ? LOCK_SH : LOCK_EX) | LOCK_NB;
@@ -39,7 +42,7 @@ bool Wait(int fd, PropertyFileLock::Mode mode, long deadline) {
   for (;;) {
     if (::flock(fd, operation) == 0) return true;
     if (errno == EINTR) continue;
-    if (errno != EWOULDBLOCK) return false;
+    if (errno != EWOULDBLOCK || deadline == kNoWait) return false;
     const long left = deadline - NowMilliseconds();
     if (left <= 0) return false;
     // Holders keep the lock for one read or one write: short pauses first.
@@ -55,22 +58,44 @@ bool SameFile(const struct stat& a, const struct stat& b) {
 }  // namespace
 
 PropertyFileLock::PropertyFileLock()
-    : m_fd(-1), m_locked(false), m_created(false) {}
+    : m_fd(-1),
+      m_locked(false),
+      m_created(false),
+      m_regular(false),
+      m_size(0) {}
 
 PropertyFileLock::~PropertyFileLock() { Release(); }
 
 bool PropertyFileLock::Acquire(const propstring& path, Mode mode, int flags) {
+  return Take(path, mode, flags, NowMilliseconds() + TimeoutMilliseconds());
+}
+
+bool PropertyFileLock::TryAcquire(const propstring& path, Mode mode,
+                                  int flags) {
+  if (Take(path, mode, flags, kNoWait) &&
+      (m_locked || (!Enabled() && m_regular))) {
+    return true;
+  }
   Release();
-  const long deadline = NowMilliseconds() + TimeoutMilliseconds();
+  return false;
+}
+
+bool PropertyFileLock::Take(const propstring& path, Mode mode, int flags,
+                            long deadline) {
+  Release();
   for (;;) {
     m_fd = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
     if (m_fd < 0) return false;
     m_created = (flags & (O_CREAT | O_EXCL)) == (O_CREAT | O_EXCL);
     struct stat locked;
-    if (!Enabled() || ::fstat(m_fd, &locked) != 0 || !S_ISREG(locked.st_mode)) {
+    if (::fstat(m_fd, &locked) != 0 || !S_ISREG(locked.st_mode)) {
       return true;  // Only regular files are rewritten; nothing to guard.
     }
+    m_regular = true;
+    m_size = static_cast<size_t>(locked.st_size);
+    if (!Enabled()) return true;
     if (!Wait(m_fd, mode, deadline)) {
+      if (deadline == kNoWait) return true;
       PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kLock,
                                  EWOULDBLOCK);
       PropertyMessages::Write(PropertyMessages::kStayedLocked, path.c_str());
@@ -92,6 +117,8 @@ void PropertyFileLock::Release() {
   m_fd = -1;
   m_locked = false;
   m_created = false;
+  m_regular = false;
+  m_size = 0;
 }
 
 bool PropertyFileLock::Enabled() {

@@ -14,8 +14,9 @@
 // library logs "File '%s' stayed locked; going on without the lock". A
 // library built with -DPROPERTIES_FILE_LOCKS=OFF takes no locks at all.
 //
-// Never held while code of the program runs: the holders (PropertyFile)
-// only read and write bytes under it.
+// Never held while code of the program runs: the holders (PropertyFile,
+// and a rewrite that runs nothing but the library's own code between its
+// read and its write) only read and write bytes under it.
 
 #ifndef SRC_PROPERTYFILELOCK_H_
 #define SRC_PROPERTYFILELOCK_H_
@@ -36,9 +37,17 @@ class PropertyFileLock {
   // Locked() telling whether the lock was had in time and Created() whether
   // this call made the file.
   bool Acquire(const propstring& path, Mode mode, int flags);
+  // Like Acquire(), but never waits and never logs: true only if path names
+  // a regular file that flags open and whose lock was free (or if this
+  // build takes no locks); false, holding nothing, otherwise.
+  bool TryAcquire(const propstring& path, Mode mode, int flags);
   int Fd() const { return m_fd; }
   bool Locked() const { return m_locked; }
   bool Created() const { return m_created; }
+  // Whether the file opened is a regular file, and its size when it was
+  // locked (0 if it is not one).
+  bool Regular() const { return m_regular; }
+  size_t Size() const { return m_size; }
   // Releases the lock and closes the file.
   void Release();
 
@@ -51,9 +60,15 @@ class PropertyFileLock {
   PropertyFileLock(const PropertyFileLock&);
   PropertyFileLock& operator=(const PropertyFileLock&);
 
+  // Opens path and locks it, retrying while the path comes to name another
+  // file; waits until deadline unless it is negative. As Acquire().
+  bool Take(const propstring& path, Mode mode, int flags, long deadline);
+
   int m_fd;
   bool m_locked;
   bool m_created;
+  bool m_regular;
+  size_t m_size;
 };
 
 #endif  // SRC_PROPERTYFILELOCK_H_

@@ -137,12 +137,17 @@ extern void PropertyOwnLog(int level, char* format, ...)
 extern bool PropertyOwnLogWritesNowhere()
     __attribute__((weak, visibility("hidden")));
 
-bool PropertyMessages::LogDiscardsAll() {
+bool PropertyMessages::LogIsOwn() {
   // &Log is taken here, away from its definition, so that it is the Log()
   // the program runs with, which may be its own.
-  static const bool discards =
-      &PropertyOwnLog != nullptr && &PropertyOwnLogWritesNowhere != nullptr &&
-      &Log == &PropertyOwnLog && PropertyOwnLogWritesNowhere();
+  static const bool own = &PropertyOwnLog != nullptr && &Log == &PropertyOwnLog;
+  return own;
+}
+
+bool PropertyMessages::LogDiscardsAll() {
+  static const bool discards = LogIsOwn() &&
+                               &PropertyOwnLogWritesNowhere != nullptr &&
+                               PropertyOwnLogWritesNowhere();
   return discards;
 }
 

@@ -90,9 +90,11 @@ bool PropertyTextReader::HasOverlongLine(const char* text, size_t size) {
 
 bool PropertyTextReader::ReadForParsing(const propstring& path,
                                         PropertyTextBuffer& text, bool& opened,
-                                        PropertyFile::Contents* seen) {
+                                        PropertyFile::Contents* seen,
+                                        const PropertyFileLock* held) {
   const PropertyFile::ReadResult read =
-      PropertyFile::ReadWhole(path, text, seen);
+      held != nullptr ? PropertyFile::ReadHeld(*held, text, seen)
+                      : PropertyFile::ReadWhole(path, text, seen);
   opened = read != PropertyFile::kCannotOpen;
   return read == PropertyFile::kReadWhole &&
          (PropertySafety::LongLines() ||

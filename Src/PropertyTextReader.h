@@ -121,9 +121,11 @@ class PropertyTextReader {
 
   // Reads the file at path whole into text and returns true if it may be
   // parsed in memory (ParseText()); otherwise opened tells whether it could
-  // be opened, and ReadStream() on it does what ReadFile() does.
+  // be opened, and ReadStream() on it does what ReadFile() does. With held,
+  // the file held is read (PropertyFile::ReadHeld()) instead of opening path.
   static bool ReadForParsing(const propstring& path, PropertyTextBuffer& text,
-                             bool& opened, PropertyFile::Contents* seen);
+                             bool& opened, PropertyFile::Contents* seen,
+                             const PropertyFileLock* held = nullptr);
 
  private:
   // Reads one line of at most kLineBufferSize - 1 characters into buffer

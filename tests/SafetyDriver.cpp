@@ -19,6 +19,11 @@
 //       bind FILE read-write, register the string property KEY, set it to
 //       VALUE and print "set", or "refused: <message>" if the manager
 //       refuses the value with Property::WrongValue.
+//   SafetyDriver probe-lock FILE
+//       bind FILE read-write, register a property of a class of this program
+//       (a string property whose GetValue() tries to take FILE's lock) and
+//       set it; print "lock free" or "lock held" for every try that found
+//       the file (the library must never hold it while this code runs).
 //   SafetyDriver scenario-flat FILE SEED
 //   SafetyDriver scenario-ini FILE SEED
 //       bind FILE read-write and run 40 operations that SEED picks
@@ -31,6 +36,8 @@
 // returned true, a binding, a set or a refusal; 1 after a load that returned
 // false; 2 on a wrong command line.
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -147,6 +154,40 @@ int SetIni(const std::string& path, const std::string& section,
     return 0;
   }
   Print("set");
+  return 0;
+}
+
+// A property of a class of the program: each GetValue() tries to take the
+// lock of the file it is bound to, and prints whether it could.
+class LockProbe : public StringProperty {
+ public:
+  LockProbe(const propstring& key, const propstring& value)
+      : StringProperty(key, value, "") {}
+  propstring GetValue() const override {
+    const int fd = ::open(s_path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd >= 0) {
+      Print(::flock(fd, LOCK_SH | LOCK_NB) == 0 ? "lock free" : "lock held");
+      ::close(fd);
+    }
+    return StringProperty::GetValue();
+  }
+  static Property* Create(const propstring& key, const propstring& value) {
+    return new LockProbe(key, value);
+  }
+  static std::string s_path;
+};
+
+std::string LockProbe::s_path;
+
+int ProbeLock(const std::string& path) {
+  LockProbe::s_path = path;
+  Properties* properties = Properties::GetInstance();
+  properties->GetJavaPropertyFactory()->AddCreator("PROBE", LockProbe::Create);
+  JavaPropertyManager* manager =
+      properties->GetJavaPropertyManager("SafetyDriver");
+  manager->RegisterPersistence(path, "");
+  manager->RegisterProperty("PROBE", "probe", "");
+  manager->SetValue("probe", "set");
   return 0;
 }
 
@@ -275,7 +316,7 @@ int Usage() {
       "usage: SafetyDriver load-flat-store|load-flat-stream|load-ini-store|"
       "load-ini-stream FILE | bind-flat FILE KEY | bind-ini FILE SECTION KEY "
       "| set-flat FILE KEY VALUE | set-ini FILE SECTION KEY VALUE | "
-      "scenario-flat FILE SEED | scenario-ini FILE SEED\n",
+      "probe-lock FILE | scenario-flat FILE SEED | scenario-ini FILE SEED\n",
       stderr);
   return 2;
 }
@@ -298,6 +339,7 @@ int main(int argc, char** argv) {
   if (argc == 4 && role == "bind-flat") return BindFlat(path, argv[3]);
   if (argc == 5 && role == "bind-ini") return BindIni(path, argv[3], argv[4]);
   if (argc == 5 && role == "set-flat") return SetFlat(path, argv[3], argv[4]);
+  if (argc == 3 && role == "probe-lock") return ProbeLock(path);
   if (argc == 4 && role == "scenario-flat") {
     return Scenario<FlatManager>(path,
                                  static_cast<unsigned>(std::atoi(argv[3])));

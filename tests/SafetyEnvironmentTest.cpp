@@ -434,3 +434,21 @@ TEST_F(SafetyReuseTest, ReuseChangesNothingAProgramSees) {
     }
   }
 }
+
+// A rewrite may hold the file's lock from its read to its write only while
+// nothing but the library's code runs: a property of a class of the program
+// always finds the lock free, even with the library's own Log().
+TEST(SafetyLockTest, LockIsFreeWhileAPropertyOfTheProgramRuns) {
+#ifdef PROPERTIES_TEST_NO_FILE_LOCKS
+  GTEST_SKIP() << "the library is built without file locks";
+#endif
+  test_support::TempDir dir;
+  const std::string file = dir.File("probed");
+  test_support::WriteFile(file, "probe=old\nother=kept\n");
+  const ProgramResult result =
+      RunDriver(kDriver, {"probe-lock", file}, {"LIBPROPERTIES_LOG=none"});
+  ASSERT_EQ(0, result.status) << result.err;
+  EXPECT_NE(std::string::npos, result.out.find("lock free")) << result.out;
+  EXPECT_EQ(std::string::npos, result.out.find("lock held")) << result.out;
+  EXPECT_EQ("other=kept\nprobe=set\n", test_support::ReadFile(file));
+}

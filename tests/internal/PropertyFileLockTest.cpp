@@ -14,11 +14,13 @@
 
 #include "PropertyFile.h"
 #include "PropertyTextBuffer.h"
+#include "support/LogRecorder.h"
 #include "support/TempDir.h"
 
 namespace {
 
 using test_support::FileExists;
+using test_support::LogRecorder;
 using test_support::ReadFile;
 using test_support::TempDir;
 using test_support::WriteFile;
@@ -94,6 +96,56 @@ TEST_F(PropertyFileLockTest, DevicesAreOpenedButNotLocked) {
   PropertyFileLock lock;
   ASSERT_TRUE(lock.Acquire("/dev/null", PropertyFileLock::kShared, O_RDONLY));
   EXPECT_FALSE(lock.Locked());
+}
+
+TEST_F(PropertyFileLockTest, TryAcquireTakesAFreeLock) {
+  WriteFile(m_path, "a=1\n");
+  PropertyFileLock lock;
+  ASSERT_TRUE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
+  EXPECT_TRUE(lock.Locked());
+  EXPECT_TRUE(lock.Regular());
+  EXPECT_EQ(4u, lock.Size());
+  EXPECT_FALSE(OthersCanLock(m_path, LOCK_SH));
+}
+
+TEST_F(PropertyFileLockTest, TryAcquireOfAHeldLockHoldsNothingAndLogsNothing) {
+  WriteFile(m_path, "a=1\n");
+  const int other = ::open(m_path.c_str(), O_RDONLY);
+  ASSERT_EQ(0, ::flock(other, LOCK_SH));
+  LogRecorder log;
+  PropertyFileLock lock;
+  EXPECT_FALSE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
+  EXPECT_FALSE(lock.Locked());
+  EXPECT_EQ(-1, lock.Fd());
+  EXPECT_TRUE(log.Messages().empty());
+  ::close(other);
+}
+
+TEST_F(PropertyFileLockTest, TryAcquireTakesNeitherMissingFilesNorDevices) {
+  PropertyFileLock lock;
+  EXPECT_FALSE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
+  EXPECT_FALSE(FileExists(m_path));
+  EXPECT_FALSE(
+      lock.TryAcquire("/dev/null", PropertyFileLock::kExclusive, O_RDWR));
+  EXPECT_EQ(-1, lock.Fd());
+}
+
+// A rewrite that holds the lock reads and writes through the file it
+// opened for it: a shorter text leaves nothing of the longer one.
+TEST_F(PropertyFileLockTest, HeldFileIsReadWholeAndReplacedInPlace) {
+  WriteFile(m_path, "a=1\nb=2\n");
+  PropertyFileLock lock;
+  ASSERT_TRUE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
+  PropertyTextBuffer text;
+  PropertyFile::Contents seen;
+  ASSERT_EQ(PropertyFile::kReadWhole,
+            PropertyFile::ReadHeld(lock, text, &seen));
+  EXPECT_EQ("a=1\nb=2\n", std::string(text.Data(), text.Size()));
+  EXPECT_EQ(PropertyFile::Contents::kBytes, seen.state);
+  EXPECT_EQ("a=1\nb=2\n", seen.bytes);
+  EXPECT_EQ(PropertyFile::kWritten,
+            PropertyFile::ReplaceHeld(m_path, lock, "a=3\n", 4));
+  EXPECT_EQ("a=3\n", ReadFile(m_path));
 }
 
 TEST_F(PropertyFileLockTest, RewriteOfAnUnchangedFileWrites) {

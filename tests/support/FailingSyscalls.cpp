@@ -3,7 +3,8 @@
 //
 //   PROPERTIES_FAIL=write:3:ENOSPC LD_PRELOAD=libFailingSyscalls.so program
 //
-// makes the third write() fail with ENOSPC. Four families of calls are
+// makes the third write() fail with ENOSPC; "open:2-3:EACCES" makes the
+// second and the third open fail. Four families of calls are
 // counted, each with every entry point that reaches the operating system for
 // it from the library or from the C++ streams it uses:
 //   open:  open, open64, openat, openat64, fopen, fopen64, mkostemp,
@@ -67,6 +68,7 @@ bool g_counting = false;
 long g_calls[kFamilies];
 int g_failFamily = -1;
 long g_failAt = 0;
+long g_failUntil = 0;
 int g_failError = EIO;
 bool g_injected = false;
 
@@ -88,7 +90,8 @@ int ErrorOf(const char* name) {
   return value > 0 ? value : EIO;
 }
 
-// Reads "<family>:<n>[:<error>]"; anything else configures no failure.
+// Reads "<family>:<n>[-<m>][:<error>]"; anything else configures no
+// failure.
 void ReadConfiguration() {
   g_failFamily = -1;
   const char* text = getenv("PROPERTIES_FAIL");
@@ -98,6 +101,7 @@ void ReadConfiguration() {
   g_failFamily = FamilyOf(text, static_cast<size_t>(colon - text));
   char* end = nullptr;
   g_failAt = strtol(colon + 1, &end, 10);
+  g_failUntil = *end == '-' ? strtol(end + 1, &end, 10) : g_failAt;
   g_failError = *end == ':' ? ErrorOf(end + 1) : EIO;
 }
 
@@ -105,7 +109,9 @@ void ReadConfiguration() {
 bool Fails(Family family) {
   if (!g_counting) return false;
   const long call = ++g_calls[family];
-  if (family != g_failFamily || call != g_failAt) return false;
+  if (family != g_failFamily || call < g_failAt || call > g_failUntil) {
+    return false;
+  }
   g_injected = true;
   errno = g_failError;
   return true;
