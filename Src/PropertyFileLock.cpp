@@ -101,8 +101,12 @@ bool PropertyFileLock::Take(const propstring& path, Mode mode, int flags,
       PropertyMessages::Write(PropertyMessages::kStayedLocked, path.c_str());
       return true;
     }
+    // A reader of a file renamed over or removed meanwhile reads a whole
+    // earlier text: no writer touches a file once it has replaced it. A
+    // writer must write the file the path names now.
     struct stat named;
-    if (::stat(path.c_str(), &named) == 0 && SameFile(named, locked)) {
+    if (mode == kShared ||
+        (::stat(path.c_str(), &named) == 0 && SameFile(named, locked))) {
       m_locked = true;
       return true;
     }

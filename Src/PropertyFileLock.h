@@ -5,9 +5,10 @@
 //
 // The lock is flock(2) on the file itself: no lock file is made, and the
 // kernel releases the lock of a process that dies. A rewrite that renames a
-// new file into place replaces the locked inode, so after taking the lock
-// Acquire() checks that the path still names the locked file and starts
-// again if not.
+// new file into place replaces the locked inode, so after taking the
+// exclusive lock Acquire() checks that the path still names the locked file
+// and starts again if not. A reader needs no such check: the file it locked
+// holds a whole text, earlier at worst.
 //
 // A wait is bounded: after LIBPROPERTIES_LOCK_TIMEOUT_MS milliseconds
 // (default 10000; read once) the caller goes on without the lock and the
