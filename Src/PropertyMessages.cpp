@@ -125,8 +125,6 @@ PropertyMessages::Silence::Silence() { ++m_silences; }
 
 PropertyMessages::Silence::~Silence() { --m_silences; }
 
-bool PropertyMessages::Silenced() { return m_silences != 0; }
-
 thread_local PropertyMessages::Recording* PropertyMessages::m_recording =
     nullptr;
 
@@ -158,8 +156,9 @@ PropertyMessages::Recording::Scope::Scope(Recording& recording)
 
 PropertyMessages::Recording::Scope::~Scope() { m_recording = m_outer; }
 
-PropertyMessages::Recording* PropertyMessages::ThisThreadsRecording() {
-  return m_recording;
+PropertyMessages::Audience PropertyMessages::ThisThreadsAudience() {
+  // Where the library's own Log() writes nowhere, calling it changes nothing.
+  return Audience{m_recording, m_silences == 0 && !LogDiscardsAll()};
 }
 
 void PropertyMessages::Recording::Add(char* format, int number) {

@@ -48,10 +48,11 @@ class PropertyMessages {
   // calling thread keeps it either way.
   template <typename... Args>
   static void Write(char* format, Args... args) {
-    if (Recording* recording = ThisThreadsRecording()) {
-      recording->Add(format, args...);
+    const Audience audience = ThisThreadsAudience();
+    if (audience.recording != nullptr) {
+      audience.recording->Add(format, args...);
     }
-    if (!Silenced()) Log(1, format, args...);
+    if (audience.log) Log(1, format, args...);
   }
 
   // While one is alive, Write() logs nothing on the thread that made it: for
@@ -171,13 +172,16 @@ class PropertyMessages {
   }
 
  private:
-  // The calling thread's innermost Recording::Scope's Recording, or null;
-  // whether a Silence is open on it. The thread-local state is touched in
+  // Who takes a message written on the calling thread now.
+  struct Audience {
+    Recording* recording;  // The innermost Recording::Scope's, or null.
+    bool log;  // Log(): no Silence is open and it may write somewhere.
+  };
+  // Looked up once per message. The thread-local state is touched in
   // PropertyMessages.cpp alone: thread_local members reached from other
   // translation units go through wrappers that some sanitizer builds get
   // wrong in new threads.
-  static Recording* ThisThreadsRecording();
-  static bool Silenced();
+  static Audience ThisThreadsAudience();
 
   static thread_local int m_silences;  // Silence scopes open on this thread.
   // The Recording of the innermost Recording::Scope of this thread, if any.
