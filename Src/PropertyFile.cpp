@@ -46,19 +46,27 @@ bool ReadToEnd(int fd, size_t sizeHint, PropertyTextBuffer& buffer) {
 
 // Takes the exclusive lock of the file at path for a rewrite, creating the
 // file if there is none (a rewrite is about to make it anyway), so that
-// readers and other writers wait for the whole new text. Holds nothing if
-// the file can be neither opened nor made (the write then fails as it
-// would have).
+// readers and other writers wait for the whole new text. The file is opened
+// for reading and writing, so that the rewrite writes what it locked; one
+// this process may not write is locked all the same (its write then fails
+// as it would have). Holds nothing if the file can be neither opened nor
+// made.
 void LockForWriting(const propstring& path, PropertyFileLock& lock) {
+  int create = O_CREAT | O_EXCL;
   for (;;) {
-    if (lock.Acquire(path, PropertyFileLock::kExclusive, O_RDONLY)) return;
-    if (errno != ENOENT) return;
-    if (lock.Acquire(path, PropertyFileLock::kExclusive,
-                     O_RDONLY | O_CREAT | O_EXCL)) {
+    if (lock.Acquire(path, PropertyFileLock::kExclusive, O_RDWR)) return;
+    if (errno != ENOENT) {
+      lock.Acquire(path, PropertyFileLock::kExclusive, O_RDONLY);
       return;
     }
-    // EEXIST: another writer made it meanwhile; lock that one.
+    if (lock.Acquire(path, PropertyFileLock::kExclusive, O_RDWR | create)) {
+      return;
+    }
     if (errno != EEXIST) return;
+    // Another writer made it meanwhile, and the next round locks that one;
+    // or path is a symbolic link to nothing, which O_EXCL never follows:
+    // the next round makes its target, as a write always did.
+    create = O_CREAT;
   }
 }
 
@@ -143,7 +151,7 @@ PropertyFile::Result PropertyFile::Replace(const propstring& path,
                                            const char* text, size_t size) {
   PropertyFileLock lock;
   LockForWriting(path, lock);
-  return Write(path, text, size);
+  return ReplaceHeld(path, lock, text, size);
 }
 
 PropertyFile::Result PropertyFile::ReplaceIfUnchanged(const propstring& path,
@@ -158,7 +166,7 @@ PropertyFile::Result PropertyFile::ReplaceIfUnchanged(const propstring& path,
       !Unchanged(seen, lock)) {
     return kChanged;
   }
-  return Write(path, text, size);
+  return ReplaceHeld(path, lock, text, size);
 }
 
 PropertyFile::Result PropertyFile::Write(const propstring& path,
@@ -252,9 +260,11 @@ PropertyFile::ReadResult PropertyFile::ReadHeld(const PropertyFileLock& lock,
 PropertyFile::Result PropertyFile::ReplaceHeld(const propstring& path,
                                                const PropertyFileLock& lock,
                                                const char* text, size_t size) {
-  if (SafeWrites()) return ReplaceAtomically(path, text, size);
-  // The file opened for the lock is the one written: truncating it and
-  // writing from its start is what opening it with truncation does.
+  if (SafeWrites() || !lock.Regular() || !lock.Writable()) {
+    return Write(path, text, size);
+  }
+  // Truncating the file opened for the lock and writing from its start is
+  // what opening it again with truncation would do.
   if (::ftruncate(lock.Fd(), 0) != 0 || ::lseek(lock.Fd(), 0, SEEK_SET) != 0) {
     NoteWriteFailure();
     return kNotOpened;

@@ -96,10 +96,10 @@ class PropertyFile {
   static ReadResult ReadHeld(const PropertyFileLock& lock,
                              PropertyTextBuffer& buffer,
                              Contents* seen = nullptr);
-  // Replaces the content of the file lock holds (locked exclusively, opened
-  // for reading and writing; the file at path) with [text, text + size),
-  // the way of this build, without taking the lock again. kNotOpened if it
-  // cannot be truncated.
+  // Replaces the content of the file at path, which lock holds (locked
+  // exclusively, or not had in time), with [text, text + size), the way of
+  // this build, without taking the lock again: in place through the file
+  // lock opened, if it opened a regular file for writing.
   static Result ReplaceHeld(const propstring& path,
                             const PropertyFileLock& lock, const char* text,
                             size_t size);

@@ -51,8 +51,17 @@ bool Wait(int fd, PropertyFileLock::Mode mode, long deadline) {
   }
 }
 
-bool SameFile(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+// True if path still names the file whose status (taken under its lock) is
+// locked. Writers that share the lock replace a file only by renaming
+// another over it, which leaves the replaced one with one link less: a file
+// with a single link is still named where it was opened, and only one with
+// several links needs its path looked up again.
+bool StillNamed(const propstring& path, const struct stat& locked) {
+  if (locked.st_nlink == 1) return true;
+  if (locked.st_nlink == 0) return false;
+  struct stat named;
+  return ::stat(path.c_str(), &named) == 0 && named.st_dev == locked.st_dev &&
+         named.st_ino == locked.st_ino;
 }
 
 }  // namespace
@@ -62,6 +71,7 @@ PropertyFileLock::PropertyFileLock()
       m_locked(false),
       m_created(false),
       m_regular(false),
+      m_writable(false),
       m_size(0) {}
 
 PropertyFileLock::~PropertyFileLock() { Release(); }
@@ -87,26 +97,34 @@ bool PropertyFileLock::Take(const propstring& path, Mode mode, int flags,
     m_fd = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
     if (m_fd < 0) return false;
     m_created = (flags & (O_CREAT | O_EXCL)) == (O_CREAT | O_EXCL);
+    m_writable = (flags & O_ACCMODE) == O_RDWR;
+    // Most locks are free: one try first, then a look at what was opened.
+    const bool free = Enabled() && Wait(m_fd, mode, kNoWait);
     struct stat locked;
     if (::fstat(m_fd, &locked) != 0 || !S_ISREG(locked.st_mode)) {
-      return true;  // Only regular files are rewritten; nothing to guard.
+      // Only regular files are rewritten; nothing to guard.
+      if (free) ::flock(m_fd, LOCK_UN);
+      return true;
     }
     m_regular = true;
     m_size = static_cast<size_t>(locked.st_size);
     if (!Enabled()) return true;
-    if (!Wait(m_fd, mode, deadline)) {
-      if (deadline == kNoWait) return true;
-      PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kLock,
-                                 EWOULDBLOCK);
-      PropertyMessages::Write(PropertyMessages::kStayedLocked, path.c_str());
-      return true;
+    if (!free) {
+      if (deadline == kNoWait) return true;  // Not had, and not waited for.
+      if (!Wait(m_fd, mode, deadline)) {
+        PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kLock,
+                                   EWOULDBLOCK);
+        PropertyMessages::Write(PropertyMessages::kStayedLocked, path.c_str());
+        return true;
+      }
+      // What the file was while another held it may have changed.
+      if (::fstat(m_fd, &locked) != 0) locked.st_nlink = 0;
+      m_size = static_cast<size_t>(locked.st_size);
     }
     // A reader of a file renamed over or removed meanwhile reads a whole
     // earlier text: no writer touches a file once it has replaced it. A
     // writer must write the file the path names now.
-    struct stat named;
-    if (mode == kShared ||
-        (::stat(path.c_str(), &named) == 0 && SameFile(named, locked))) {
+    if (mode == kShared || StillNamed(path, locked)) {
       m_locked = true;
       return true;
     }
@@ -122,6 +140,7 @@ void PropertyFileLock::Release() {
   m_locked = false;
   m_created = false;
   m_regular = false;
+  m_writable = false;
   m_size = 0;
 }
 

@@ -48,6 +48,8 @@ class PropertyFileLock {
   // Whether the file opened is a regular file, and its size when it was
   // locked (0 if it is not one).
   bool Regular() const { return m_regular; }
+  // Whether Fd() is open for writing too (O_RDWR).
+  bool Writable() const { return m_writable; }
   size_t Size() const { return m_size; }
   // Releases the lock and closes the file.
   void Release();
@@ -69,6 +71,7 @@ class PropertyFileLock {
   bool m_locked;
   bool m_created;
   bool m_regular;
+  bool m_writable;
   size_t m_size;
 };
 

@@ -143,6 +143,16 @@ TYPED_TEST(FaultMatrixTest, FirstChangeCreatesMissingFileOfBoundProperties) {
   EXPECT_EQ(ReadFile(this->m_path), F::Written(kHeader, "name=x\nport=9\n"));
 }
 
+TYPED_TEST(FaultMatrixTest, FirstChangeCreatesTheTargetOfALinkToNothing) {
+  typedef TypeParam F;
+  const std::string target = this->m_dir.File("target.conf");
+  ASSERT_EQ(0, ::symlink(target.c_str(), this->m_path.c_str()));
+  this->Bind(this->m_path);
+  this->Add("port", "80", kInteger);
+  this->Set("port", "9");
+  EXPECT_EQ(ReadFile(target), F::Written(kHeader, "port=9\n"));
+}
+
 TYPED_TEST(FaultMatrixTest, PathUnderRegularFileIsNeitherReadNorWritten) {
   typedef TypeParam F;
   const std::string path = this->PathUnderRegularFile();
