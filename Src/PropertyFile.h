@@ -2,8 +2,9 @@
 // every rewrite of the library does it.
 //
 // Two ways exist:
-//  - in place: open with truncation, then write the text in one call. This
-//    is the default, and what existing deployments rely on (the file keeps
+//  - in place: truncate the file (the one opened for its lock, or opened
+//    again with truncation), then write the text in one call. This is the
+//    default, and what existing deployments rely on (the file keeps
 //    its inode, owner, mode and hard links). A crash or a full disk in the
 //    middle leaves a truncated file.
 //  - atomically: write a temporary file in the same directory, flush it to

@@ -48,9 +48,9 @@ class PropertyFileLock {
   // Whether the file opened is a regular file, and its size when it was
   // locked (0 if it is not one).
   bool Regular() const { return m_regular; }
+  size_t Size() const { return m_size; }
   // Whether Fd() is open for writing too (O_RDWR).
   bool Writable() const { return m_writable; }
-  size_t Size() const { return m_size; }
   // Releases the lock and closes the file.
   void Release();
 
