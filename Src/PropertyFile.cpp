@@ -35,7 +35,8 @@ bool ReadToEnd(int fd, size_t sizeHint, PropertyTextBuffer& buffer) {
     filled += static_cast<size_t>(got);
     // A regular file gives less than asked only at its end, which a read
     // returning nothing would confirm. Files that give less before their
-    // end (those of /proc and /sys) stop short of their size or have none.
+    // end (those of /proc and /sys) do so short of their size, or report
+    // none.
     if (got == 0 || (static_cast<size_t>(got) < wanted && sizeHint > 0 &&
                      filled >= sizeHint)) {
       buffer.SetSize(filled);
@@ -44,22 +45,29 @@ bool ReadToEnd(int fd, size_t sizeHint, PropertyTextBuffer& buffer) {
   }
 }
 
+// How a writer opens the file it locks: for reading and writing, so that
+// an in-place rewrite writes what it locked. A crash-safe rewrite writes
+// another file, and closing one opened for writing would tell watchers of a
+// write that never happened.
+int LockAccess() { return PropertyFile::SafeWrites() ? O_RDONLY : O_RDWR; }
+
 // Takes the exclusive lock of the file at path for a rewrite, creating the
 // file if there is none (a rewrite is about to make it anyway), so that
-// readers and other writers wait for the whole new text. The file is opened
-// for reading and writing, so that the rewrite writes what it locked; one
-// this process may not write is locked all the same (its write then fails
-// as it would have). Holds nothing if the file can be neither opened nor
-// made.
+// readers and other writers wait for the whole new text. A file this
+// process may not write is locked all the same (its write then fails as it
+// would have). Holds nothing if the file can be neither opened nor made.
 void LockForWriting(const propstring& path, PropertyFileLock& lock) {
+  const int access = LockAccess();
   int create = O_CREAT | O_EXCL;
   for (;;) {
-    if (lock.Acquire(path, PropertyFileLock::kExclusive, O_RDWR)) return;
+    if (lock.Acquire(path, PropertyFileLock::kExclusive, access)) return;
     if (errno != ENOENT) {
-      lock.Acquire(path, PropertyFileLock::kExclusive, O_RDONLY);
+      if (access != O_RDONLY) {
+        lock.Acquire(path, PropertyFileLock::kExclusive, O_RDONLY);
+      }
       return;
     }
-    if (lock.Acquire(path, PropertyFileLock::kExclusive, O_RDWR | create)) {
+    if (lock.Acquire(path, PropertyFileLock::kExclusive, access | create)) {
       return;
     }
     if (errno != EEXIST) return;
@@ -257,10 +265,15 @@ PropertyFile::ReadResult PropertyFile::ReadHeld(const PropertyFileLock& lock,
   return kReadWhole;
 }
 
+bool PropertyFile::Hold(const propstring& path, PropertyFileLock& lock) {
+  return lock.Hold(path, LockAccess());
+}
+
 PropertyFile::Result PropertyFile::ReplaceHeld(const propstring& path,
                                                const PropertyFileLock& lock,
                                                const char* text, size_t size) {
-  if (SafeWrites() || !lock.Regular() || !lock.Writable()) {
+  // Without the lock the path may name another file by now.
+  if (SafeWrites() || !lock.Locked() || !lock.Writable()) {
     return Write(path, text, size);
   }
   // Truncating the file opened for the lock and writing from its start is

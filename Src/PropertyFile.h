@@ -97,6 +97,10 @@ class PropertyFile {
   static ReadResult ReadHeld(const PropertyFileLock& lock,
                              PropertyTextBuffer& buffer,
                              Contents* seen = nullptr);
+  // PropertyFileLock::Hold() of the file at path, opened as a rewrite of
+  // this build writes it, for a rewrite that reads and writes it under that
+  // one lock (ReadHeld(), ReplaceHeld()).
+  static bool Hold(const propstring& path, PropertyFileLock& lock);
   // Replaces the content of the file at path, which lock holds (locked
   // exclusively, or not had in time), with [text, text + size), the way of
   // this build, without taking the lock again: in place through the file

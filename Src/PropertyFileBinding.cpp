@@ -2,8 +2,6 @@
 
 #include "PropertyFileBinding.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <atomic>
 #include <typeinfo>
@@ -65,18 +63,16 @@ void PropertyFileBinding<Format>::Rewrite() {
   const bool keepLayout =
       PropertyChoices::ForBinding(&m_bound, PropertyChoices::kKeepLayout);
   // Where nothing but the library's own code runs between the read and the
-  // write, and the lock is free, the one pass holds the file's exclusive
-  // lock throughout: no other program can write in between, and the file
-  // opened for the lock is the one read and written. Otherwise a pass reads,
-  // merges and renders with no lock held (a program's Log() or property
-  // may run meanwhile, and might read this very file); only the final
-  // compare-and-write holds the lock, and another program's rewrite in
-  // between starts a new pass. Passes are bounded so that a writer that
-  // keeps losing still writes.
+  // write and nothing is logged, the one pass holds the file's exclusive
+  // lock throughout: no program that takes the lock can write in between,
+  // and the file opened for the lock is the one read and written.
+  // Otherwise a pass reads, merges and renders with no lock held (a
+  // program's Log() or property may run meanwhile, and might read this very
+  // file); only the final compare-and-write holds the lock, and another
+  // program's rewrite in between starts a new pass. Passes are bounded so
+  // that a writer that keeps losing still writes.
   PropertyFileLock held;
-  const bool holding =
-      MayHoldLock() &&
-      held.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR);
+  bool holding = MayHoldLock() && PropertyFile::Hold(m_path, held);
   PropertyFile::Result result;
   for (int pass = 1;; ++pass) {
     // Merging into what the file holds now keeps keys that other programs
@@ -96,9 +92,16 @@ void PropertyFileBinding<Format>::Rewrite() {
       text.SetSize(0);
       Render(store, seen, keepLayout, text);
     }
+    // A program that takes no lock may have renamed another file over this
+    // one meanwhile: then the pass compares and writes as unheld ones do.
+    if (holding && !held.NamedBy(m_path)) {
+      holding = false;
+      held.Release();
+    }
     if (holding) {
       result =
           PropertyFile::ReplaceHeld(m_path, held, text.Data(), text.Size());
+      held.Release();
     } else {
       if (pass == kMaxPasses) seen = PropertyFile::Contents();
       result = PropertyFile::ReplaceIfUnchanged(m_path, seen, text.Data(),
@@ -132,7 +135,9 @@ template <typename Format>
 bool PropertyFileBinding<Format>::MayHoldLock() const {
   const int held = g_heldPasses.load(std::memory_order_relaxed);
   if (held != kWhereOnlyOwnCodeRuns) return held == kEvery;
-  if (!PropertyMessages::LogIsOwn()) return false;
+  // The library's own Log() runs no code of the program, but one that
+  // writes (to a full pipe, say) might keep the lock for long.
+  if (!PropertyMessages::LogDiscardsAll()) return false;
   for (const Property* property : m_bound) {
     const std::type_info& type = typeid(*property);
     // The library's own property classes; a class of the program, derived

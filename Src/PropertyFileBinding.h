@@ -91,8 +91,9 @@ class PropertyFileBinding {
   void Render(const Store& store, const PropertyFile::Contents& seen,
               bool keepLayout, PropertyTextBuffer& text);
   // True if a rewrite may hold the file's lock through its whole pass: no
-  // code of the program can run meanwhile (Log() is the library's own and
-  // every bound property of a class of it), or SetHeldPasses() says so.
+  // code of the program can run meanwhile and nothing is written to a log
+  // (Log() is the library's own and writes nowhere, every bound property is
+  // of a class of the library), or SetHeldPasses() says so.
   bool MayHoldLock() const;
   // Format::Put() of property into store; if noteChange, an entry it
   // changes or adds goes into changes.

@@ -51,14 +51,8 @@ bool Wait(int fd, PropertyFileLock::Mode mode, long deadline) {
   }
 }
 
-// True if path still names the file whose status (taken under its lock) is
-// locked. Writers that share the lock replace a file only by renaming
-// another over it, which leaves the replaced one with one link less: a file
-// with a single link is still named where it was opened, and only one with
-// several links needs its path looked up again.
-bool StillNamed(const propstring& path, const struct stat& locked) {
-  if (locked.st_nlink == 1) return true;
-  if (locked.st_nlink == 0) return false;
+// True if path names the file whose device and inode are those of locked.
+bool Names(const propstring& path, const struct stat& locked) {
   struct stat named;
   return ::stat(path.c_str(), &named) == 0 && named.st_dev == locked.st_dev &&
          named.st_ino == locked.st_ino;
@@ -72,27 +66,30 @@ PropertyFileLock::PropertyFileLock()
       m_created(false),
       m_regular(false),
       m_writable(false),
-      m_size(0) {}
+      m_status() {}
 
 PropertyFileLock::~PropertyFileLock() { Release(); }
 
 bool PropertyFileLock::Acquire(const propstring& path, Mode mode, int flags) {
-  return Take(path, mode, flags, NowMilliseconds() + TimeoutMilliseconds());
+  return Take(path, mode, flags, false);
 }
 
-bool PropertyFileLock::TryAcquire(const propstring& path, Mode mode,
-                                  int flags) {
-  if (Take(path, mode, flags, kNoWait) &&
-      (m_locked || (!Enabled() && m_regular))) {
+bool PropertyFileLock::Hold(const propstring& path, int flags) {
+  if (Enabled() && Take(path, kExclusive, flags, true) && m_locked) {
     return true;
   }
   Release();
   return false;
 }
 
+bool PropertyFileLock::NamedBy(const propstring& path) const {
+  return m_fd >= 0 && Names(path, m_status);
+}
+
 bool PropertyFileLock::Take(const propstring& path, Mode mode, int flags,
-                            long deadline) {
+                            bool holding) {
   Release();
+  const long deadline = NowMilliseconds() + TimeoutMilliseconds();
   for (;;) {
     m_fd = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
     if (m_fd < 0) return false;
@@ -100,35 +97,32 @@ bool PropertyFileLock::Take(const propstring& path, Mode mode, int flags,
     m_writable = (flags & O_ACCMODE) == O_RDWR;
     // Most locks are free: one try first, then a look at what was opened.
     const bool free = Enabled() && Wait(m_fd, mode, kNoWait);
-    struct stat locked;
-    if (::fstat(m_fd, &locked) != 0 || !S_ISREG(locked.st_mode)) {
+    if (::fstat(m_fd, &m_status) != 0 || !S_ISREG(m_status.st_mode)) {
       // Only regular files are rewritten; nothing to guard.
       if (free) ::flock(m_fd, LOCK_UN);
       return true;
     }
     m_regular = true;
-    m_size = static_cast<size_t>(locked.st_size);
     if (!Enabled()) return true;
     if (!free) {
-      if (deadline == kNoWait) return true;  // Not had, and not waited for.
       if (!Wait(m_fd, mode, deadline)) {
+        if (holding) return true;  // Not had; the caller goes another way.
         PropertyFileTroubles::Note(PropertyFileTroubles::FileTrouble::kLock,
                                    EWOULDBLOCK);
         PropertyMessages::Write(PropertyMessages::kStayedLocked, path.c_str());
         return true;
       }
       // What the file was while another held it may have changed.
-      if (::fstat(m_fd, &locked) != 0) locked.st_nlink = 0;
-      m_size = static_cast<size_t>(locked.st_size);
+      if (::fstat(m_fd, &m_status) != 0) return true;
     }
-    // A reader of a file renamed over or removed meanwhile reads a whole
-    // earlier text: no writer touches a file once it has replaced it. A
-    // writer must write the file the path names now.
-    if (mode == kShared || StillNamed(path, locked)) {
+    // A reader of a file renamed over meanwhile reads a whole earlier text.
+    // A writer must write the file the path names now; one that holds the
+    // lock for a whole rewrite checks that before it writes.
+    if (mode == kShared || holding || Names(path, m_status)) {
       m_locked = true;
       return true;
     }
-    // Renamed over or removed while we waited: lock what the path names now.
+    // Renamed over or removed meanwhile: lock what the path names now.
     Release();
     flags &= ~O_EXCL;
   }
@@ -141,7 +135,6 @@ void PropertyFileLock::Release() {
   m_created = false;
   m_regular = false;
   m_writable = false;
-  m_size = 0;
 }
 
 bool PropertyFileLock::Enabled() {

@@ -22,6 +22,8 @@
 #ifndef SRC_PROPERTYFILELOCK_H_
 #define SRC_PROPERTYFILELOCK_H_
 
+#include <sys/stat.h>
+
 #include "PropertyThreadGuard.h"
 
 class PropertyFileLock {
@@ -38,17 +40,25 @@ class PropertyFileLock {
   // Locked() telling whether the lock was had in time and Created() whether
   // this call made the file.
   bool Acquire(const propstring& path, Mode mode, int flags);
-  // Like Acquire(), but never waits and never logs: true only if path names
-  // a regular file that flags open and whose lock was free (or if this
-  // build takes no locks); false, holding nothing, otherwise.
-  bool TryAcquire(const propstring& path, Mode mode, int flags);
+  // Takes the exclusive lock of the regular file at path, opened with flags
+  // (O_RDONLY or O_RDWR), for a rewrite that reads, merges and writes under
+  // it. Waits as Acquire() does, but logs nothing: false, holding nothing,
+  // if path names no regular file that flags open, if another holder kept
+  // the lock past the timeout, or in a build without locks. The path is not
+  // looked up again: NamedBy() tells, before a write, whether it still names
+  // the file.
+  bool Hold(const propstring& path, int flags);
+  // True if path names the file opened now.
+  bool NamedBy(const propstring& path) const;
   int Fd() const { return m_fd; }
   bool Locked() const { return m_locked; }
   bool Created() const { return m_created; }
   // Whether the file opened is a regular file, and its size when it was
   // locked (0 if it is not one).
   bool Regular() const { return m_regular; }
-  size_t Size() const { return m_size; }
+  size_t Size() const {
+    return m_regular ? static_cast<size_t>(m_status.st_size) : 0;
+  }
   // Whether Fd() is open for writing too (O_RDWR).
   bool Writable() const { return m_writable; }
   // Releases the lock and closes the file.
@@ -63,16 +73,16 @@ class PropertyFileLock {
   PropertyFileLock(const PropertyFileLock&);
   PropertyFileLock& operator=(const PropertyFileLock&);
 
-  // Opens path and locks it, retrying while the path comes to name another
-  // file; waits until deadline unless it is negative. As Acquire().
-  bool Take(const propstring& path, Mode mode, int flags, long deadline);
+  // Acquire(), or for Hold() (holding): no message after the timeout, and
+  // the path not looked up again.
+  bool Take(const propstring& path, Mode mode, int flags, bool holding);
 
   int m_fd;
   bool m_locked;
   bool m_created;
   bool m_regular;
   bool m_writable;
-  size_t m_size;
+  struct stat m_status;  // The file's, when it was locked (if regular).
 };
 
 #endif  // SRC_PROPERTYFILELOCK_H_

@@ -135,17 +135,12 @@ extern void PropertyOwnLog(int level, char* format, ...)
 extern bool PropertyOwnLogWritesNowhere()
     __attribute__((weak, visibility("hidden")));
 
-bool PropertyMessages::LogIsOwn() {
+bool PropertyMessages::LogDiscardsAll() {
   // &Log is taken here, away from its definition, so that it is the Log()
   // the program runs with, which may be its own.
-  static const bool own = &PropertyOwnLog != nullptr && &Log == &PropertyOwnLog;
-  return own;
-}
-
-bool PropertyMessages::LogDiscardsAll() {
-  static const bool discards = LogIsOwn() &&
-                               &PropertyOwnLogWritesNowhere != nullptr &&
-                               PropertyOwnLogWritesNowhere();
+  static const bool discards =
+      &PropertyOwnLog != nullptr && &PropertyOwnLogWritesNowhere != nullptr &&
+      &Log == &PropertyOwnLog && PropertyOwnLogWritesNowhere();
   return discards;
 }
 

@@ -119,9 +119,6 @@ class PropertyMessages {
     bool m_complete;
   };
 
-  // True if Log() is the library's own (it runs no code of the program).
-  // Decided once.
-  static bool LogIsOwn();
   // True if Log() is the library's own and writes nowhere: then no message
   // can be seen, and none needs to be written again. Decided once.
   static bool LogDiscardsAll();

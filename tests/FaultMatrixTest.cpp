@@ -1,6 +1,7 @@
 // FaultMatrixTest.cpp - what both manager flavours do with missing, odd and
 // failing files, and with file calls that fail one at a time.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdio.h>
@@ -151,6 +152,20 @@ TYPED_TEST(FaultMatrixTest, FirstChangeCreatesTheTargetOfALinkToNothing) {
   this->Add("port", "80", kInteger);
   this->Set("port", "9");
   EXPECT_EQ(ReadFile(target), F::Written(kHeader, "port=9\n"));
+}
+
+// A file without a name (made with O_TMPFILE), reached through the
+// process's descriptor of it, is rewritten as any other.
+TYPED_TEST(FaultMatrixTest, FileWithoutNameIsRewrittenThroughItsDescriptor) {
+  typedef TypeParam F;
+  const int fd = ::open(this->m_dir.path().c_str(), O_TMPFILE | O_RDWR, 0600);
+  if (fd < 0) GTEST_SKIP() << "this file system makes no unnamed files";
+  const std::string path = "/proc/self/fd/" + std::to_string(fd);
+  this->Bind(path);
+  this->Add("port", "80", kInteger);
+  this->Set("port", "9");
+  EXPECT_EQ(ReadFile(path), F::Written(kHeader, "port=9\n"));
+  ::close(fd);
 }
 
 TYPED_TEST(FaultMatrixTest, PathUnderRegularFileIsNeitherReadNorWritten) {

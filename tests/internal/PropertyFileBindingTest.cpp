@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,6 +32,9 @@ struct Flat {
   typedef JavaPropertiesFormat Format;
   static constexpr const char* kFile = "#old\nother=1\nport=7\n";
   static constexpr const char* kRewritten = "#hdr\nother=1\nport=9\n";
+  // kRewritten of kFile with "added=1" at its end.
+  static constexpr const char* kRewrittenEdited =
+      "#hdr\nadded=1\nother=1\nport=9\n";
   static constexpr const char* kRejected = "port=x\n";
   static constexpr const char* kNotFound = "Property 'port' was not found";
   static std::string Section() { return ""; }
@@ -39,6 +43,8 @@ struct Ini {
   typedef IniPropertiesFormat Format;
   static constexpr const char* kFile = ";old\n[s]\nother=1\nport=7\n";
   static constexpr const char* kRewritten = ";hdr\n[s]\nother=1\nport=9\n\n";
+  static constexpr const char* kRewrittenEdited =
+      ";hdr\n[s]\nadded=1\nother=1\nport=9\n\n";
   static constexpr const char* kRejected = "[s]\nport=x\n";
   static constexpr const char* kNotFound =
       "Property 'port' at Section 's' was not found";
@@ -95,6 +101,30 @@ TYPED_TEST(PropertyFileBindingTest, RewriteMergesIntoWhatTheFileHoldsNow) {
   WriteFile(this->m_path, TypeParam::kFile);
   this->m_binding.Rewrite();
   EXPECT_EQ(TypeParam::kRewritten, ReadFile(this->m_path));
+}
+
+// A rewrite that holds the lock from its read to its write still keeps the
+// update of a program that takes no lock and renames its text over the
+// file meanwhile (here while the merge logs): it merges again into that.
+TYPED_TEST(PropertyFileBindingTest,
+           HeldRewriteKeepsAFileRenamedOverItMeanwhile) {
+  typedef typename TestFixture::Binding Binding;
+  Binding::SetHeldPasses(Binding::kEvery);
+  this->m_bound.push_back(this->m_port.get());
+  this->m_port->SetValue("9");
+  WriteFile(this->m_path, TypeParam::kFile);
+  const std::string edited = this->m_dir.File("edited");
+  WriteFile(edited, std::string(TypeParam::kFile) + "added=1\n");
+  bool renamed = false;
+  LogRecorder log;
+  log.OnMessage([&](const std::string&) {
+    if (!renamed)
+      renamed = std::rename(edited.c_str(), this->m_path.c_str()) == 0;
+  });
+  this->m_binding.Rewrite();
+  Binding::SetHeldPasses(Binding::kWhereOnlyOwnCodeRuns);
+  ASSERT_TRUE(renamed);
+  EXPECT_EQ(TypeParam::kRewrittenEdited, ReadFile(this->m_path));
 }
 
 TYPED_TEST(PropertyFileBindingTest, MissingFileIsLoggedAndLeavesValues) {

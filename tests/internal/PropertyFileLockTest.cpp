@@ -14,13 +14,11 @@
 
 #include "PropertyFile.h"
 #include "PropertyTextBuffer.h"
-#include "support/LogRecorder.h"
 #include "support/TempDir.h"
 
 namespace {
 
 using test_support::FileExists;
-using test_support::LogRecorder;
 using test_support::ReadFile;
 using test_support::TempDir;
 using test_support::WriteFile;
@@ -98,36 +96,40 @@ TEST_F(PropertyFileLockTest, DevicesAreOpenedButNotLocked) {
   EXPECT_FALSE(lock.Locked());
 }
 
-TEST_F(PropertyFileLockTest, TryAcquireTakesAFreeLock) {
+TEST_F(PropertyFileLockTest, HoldTakesTheExclusiveLockOfTheFileOpened) {
   WriteFile(m_path, "a=1\n");
   PropertyFileLock lock;
-  ASSERT_TRUE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
+  ASSERT_TRUE(lock.Hold(m_path, O_RDWR));
   EXPECT_TRUE(lock.Locked());
   EXPECT_TRUE(lock.Regular());
+  EXPECT_TRUE(lock.Writable());
   EXPECT_EQ(4u, lock.Size());
   EXPECT_FALSE(OthersCanLock(m_path, LOCK_SH));
+  lock.Release();
+  ASSERT_TRUE(lock.Hold(m_path, O_RDONLY));
+  EXPECT_FALSE(lock.Writable());
 }
 
-TEST_F(PropertyFileLockTest, TryAcquireOfAHeldLockHoldsNothingAndLogsNothing) {
-  WriteFile(m_path, "a=1\n");
-  const int other = ::open(m_path.c_str(), O_RDONLY);
-  ASSERT_EQ(0, ::flock(other, LOCK_SH));
-  LogRecorder log;
+TEST_F(PropertyFileLockTest, HoldTakesNeitherMissingFilesNorDevices) {
   PropertyFileLock lock;
-  EXPECT_FALSE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
-  EXPECT_FALSE(lock.Locked());
-  EXPECT_EQ(-1, lock.Fd());
-  EXPECT_TRUE(log.Messages().empty());
-  ::close(other);
-}
-
-TEST_F(PropertyFileLockTest, TryAcquireTakesNeitherMissingFilesNorDevices) {
-  PropertyFileLock lock;
-  EXPECT_FALSE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
+  EXPECT_FALSE(lock.Hold(m_path, O_RDWR));
   EXPECT_FALSE(FileExists(m_path));
-  EXPECT_FALSE(
-      lock.TryAcquire("/dev/null", PropertyFileLock::kExclusive, O_RDWR));
+  EXPECT_FALSE(lock.Hold("/dev/null", O_RDWR));
   EXPECT_EQ(-1, lock.Fd());
+}
+
+// Hold() does not look the path up again after the lock is had; NamedBy()
+// tells whether another file was renamed over it since.
+TEST_F(PropertyFileLockTest,
+       HeldFileIsNoLongerNamedOnceAnotherIsRenamedOverIt) {
+  WriteFile(m_path, "a=1\n");
+  PropertyFileLock lock;
+  ASSERT_TRUE(lock.Hold(m_path, O_RDWR));
+  EXPECT_TRUE(lock.NamedBy(m_path));
+  const std::string other = m_dir.File("other");
+  WriteFile(other, "b=2\n");
+  ASSERT_EQ(0, std::rename(other.c_str(), m_path.c_str()));
+  EXPECT_FALSE(lock.NamedBy(m_path));
 }
 
 // A rewrite that holds the lock reads and writes through the file it
@@ -135,7 +137,7 @@ TEST_F(PropertyFileLockTest, TryAcquireTakesNeitherMissingFilesNorDevices) {
 TEST_F(PropertyFileLockTest, HeldFileIsReadWholeAndReplacedInPlace) {
   WriteFile(m_path, "a=1\nb=2\n");
   PropertyFileLock lock;
-  ASSERT_TRUE(lock.TryAcquire(m_path, PropertyFileLock::kExclusive, O_RDWR));
+  ASSERT_TRUE(lock.Hold(m_path, O_RDWR));
   PropertyTextBuffer text;
   PropertyFile::Contents seen;
   ASSERT_EQ(PropertyFile::kReadWhole,
