@@ -273,7 +273,7 @@ PropertyFile::Result PropertyFile::ReplaceHeld(const propstring& path,
                                                const PropertyFileLock& lock,
                                                const char* text, size_t size) {
   // Without the lock the path may name another file by now.
-  if (SafeWrites() || !lock.Locked() || !lock.Writable()) {
+  if (SafeWrites() || !lock.Holds() || !lock.Writable()) {
     return Write(path, text, size);
   }
   // Truncating the file opened for the lock and writing from its start is

@@ -75,7 +75,7 @@ bool PropertyFileLock::Acquire(const propstring& path, Mode mode, int flags) {
 }
 
 bool PropertyFileLock::Hold(const propstring& path, int flags) {
-  if (Enabled() && Take(path, kExclusive, flags, true) && m_locked) {
+  if (Take(path, kExclusive, flags, true) && Holds()) {
     return true;
   }
   Release();

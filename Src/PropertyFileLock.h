@@ -43,8 +43,8 @@ class PropertyFileLock {
   // Takes the exclusive lock of the regular file at path, opened with flags
   // (O_RDONLY or O_RDWR), for a rewrite that reads, merges and writes under
   // it. Waits as Acquire() does, but logs nothing: false, holding nothing,
-  // if path names no regular file that flags open, if another holder kept
-  // the lock past the timeout, or in a build without locks. The path is not
+  // if path names no regular file that flags open or if another holder kept
+  // the lock past the timeout. True means Holds(). The path is not
   // looked up again: NamedBy() tells, before a write, whether it still names
   // the file.
   bool Hold(const propstring& path, int flags);
@@ -52,6 +52,9 @@ class PropertyFileLock {
   bool NamedBy(const propstring& path) const;
   int Fd() const { return m_fd; }
   bool Locked() const { return m_locked; }
+  // True if the regular file opened may be read and written as the lock's
+  // holder: it is locked, or this build takes no locks.
+  bool Holds() const { return m_locked || (m_regular && !Enabled()); }
   bool Created() const { return m_created; }
   // Whether the file opened is a regular file, and its size when it was
   // locked (0 if it is not one).
