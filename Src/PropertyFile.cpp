@@ -239,7 +239,8 @@ PropertyFile::Result PropertyFile::ReplaceAtomically(const propstring& path,
 
 PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
                                                  PropertyTextBuffer& buffer,
-                                                 Contents* seen) {
+                                                 Contents* seen,
+                                                 bool copyBytes) {
   if (seen != nullptr) *seen = Contents();
   // Shared: readers wait for a rewrite in progress, not for each other.
   PropertyFileLock lock;
@@ -248,19 +249,20 @@ PropertyFile::ReadResult PropertyFile::ReadWhole(const propstring& path,
     if (seen != nullptr && errno == ENOENT) seen->state = Contents::kAbsent;
     return kCannotOpen;
   }
-  return ReadHeld(lock, buffer, seen);
+  return ReadHeld(lock, buffer, seen, copyBytes);
 }
 
 PropertyFile::ReadResult PropertyFile::ReadHeld(const PropertyFileLock& lock,
                                                 PropertyTextBuffer& buffer,
-                                                Contents* seen) {
+                                                Contents* seen,
+                                                bool copyBytes) {
   if (seen != nullptr) *seen = Contents();
   if (!lock.Regular() || !ReadToEnd(lock.Fd(), lock.Size(), buffer)) {
     return kReadLineByLine;
   }
   if (seen != nullptr) {
     seen->state = Contents::kBytes;
-    seen->bytes.assign(buffer.Data(), buffer.Size());
+    if (copyBytes) seen->bytes.assign(buffer.Data(), buffer.Size());
   }
   return kReadWhole;
 }

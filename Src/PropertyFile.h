@@ -88,15 +88,16 @@ class PropertyFile {
   };
   // Reads the whole content of the file at path into buffer (its Size()),
   // under the file's shared lock; the byte after the content is writable.
-  // If seen is not null, it records what was found.
+  // If seen is not null, it records what was found: with copyBytes, the
+  // bytes too; without, the caller fills seen->bytes from buffer.
   static ReadResult ReadWhole(const propstring& path,
                               PropertyTextBuffer& buffer,
-                              Contents* seen = nullptr);
+                              Contents* seen = nullptr, bool copyBytes = true);
   // ReadWhole() of the file lock holds (locked, or in a build without
   // locks, opened), from where its offset stands.
   static ReadResult ReadHeld(const PropertyFileLock& lock,
                              PropertyTextBuffer& buffer,
-                             Contents* seen = nullptr);
+                             Contents* seen = nullptr, bool copyBytes = true);
   // PropertyFileLock::Hold() of the file at path, opened as a rewrite of
   // this build writes it, for a rewrite that reads and writes it under that
   // one lock (ReadHeld(), ReplaceHeld()).

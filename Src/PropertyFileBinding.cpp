@@ -210,11 +210,20 @@ void PropertyFileBinding<Format>::Load(Store& store,
   bool opened = false;
   typename Format::LineParser parser(store);
   PropertyTextBuffer text;
-  if (PropertyTextReader::ReadForParsing(m_path, text, opened, seen, held)) {
-    if (Cache::Reuse(&m_bound, text.Data(), text.Size(), store, use != kCopy,
-                     written)) {
-      return;
-    }
+  const bool whole = PropertyTextReader::ReadForParsing(m_path, text, opened,
+                                                        seen, held, false);
+  // The bytes seen are copied from text, unless the kept ones stand in.
+  propstring* keptBytes =
+      whole && seen != nullptr && use == kTake ? &seen->bytes : nullptr;
+  const bool reused =
+      whole && Cache::Reuse(&m_bound, text.Data(), text.Size(), store,
+                            use != kCopy, written, keptBytes);
+  if (seen != nullptr && seen->state == PropertyFile::Contents::kBytes &&
+      !(reused && keptBytes != nullptr)) {
+    seen->bytes.assign(text.Data(), text.Size());
+  }
+  if (reused) return;
+  if (whole) {
     // A rewrite keeps what it writes instead.
     if (!Cache::Enabled() || text.Size() > Cache::kMaxBytes || use == kTake) {
       PropertyTextReader::ParseText(text.Data(), text.Size(), parser);

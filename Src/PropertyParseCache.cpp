@@ -49,7 +49,7 @@ Table<Format>& TheTable() {
 template <typename Format>
 bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
                                        size_t size, Store& store, bool take,
-                                       bool* written) {
+                                       bool* written, propstring* bytes) {
   if (!Enabled()) return false;
   Table<Format>& table = TheTable<Format>();
   std::unique_lock<std::mutex> lock(table.mutex);
@@ -66,6 +66,7 @@ bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
   typename Format::Table& into = Format::TableOf(store);
   if (take) {
     into.swap(kept.table);
+    if (bytes != nullptr) bytes->swap(kept.bytes);
     kept.taken = true;
   } else {
     into = kept.table;

@@ -45,9 +45,11 @@ class PropertyParseCache {
   // Otherwise the table is copied. Returns false, changing nothing, if the
   // bytes are others.
   // If written is not null, it tells whether the table is one the binding
-  // wrote (so that every entry reads back alone).
+  // wrote (so that every entry reads back alone). If bytes is not null (with
+  // take only), it gets the kept bytes, the same as text, saving a copy.
   static bool Reuse(const void* binding, const char* text, size_t size,
-                    Store& store, bool take, bool* written = nullptr);
+                    Store& store, bool take, bool* written = nullptr,
+                    propstring* bytes = nullptr);
   // Puts back the table Reuse() gave store with take, unchanged; nothing if
   // it did not.
   static void GiveBack(const void* binding, Store& store);

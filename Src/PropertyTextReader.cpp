@@ -91,10 +91,11 @@ bool PropertyTextReader::HasOverlongLine(const char* text, size_t size) {
 bool PropertyTextReader::ReadForParsing(const propstring& path,
                                         PropertyTextBuffer& text, bool& opened,
                                         PropertyFile::Contents* seen,
-                                        const PropertyFileLock* held) {
+                                        const PropertyFileLock* held,
+                                        bool copyBytes) {
   const PropertyFile::ReadResult read =
-      held != nullptr ? PropertyFile::ReadHeld(*held, text, seen)
-                      : PropertyFile::ReadWhole(path, text, seen);
+      held != nullptr ? PropertyFile::ReadHeld(*held, text, seen, copyBytes)
+                      : PropertyFile::ReadWhole(path, text, seen, copyBytes);
   opened = read != PropertyFile::kCannotOpen;
   return read == PropertyFile::kReadWhole &&
          (PropertySafety::LongLines() ||

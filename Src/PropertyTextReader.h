@@ -123,9 +123,11 @@ class PropertyTextReader {
   // parsed in memory (ParseText()); otherwise opened tells whether it could
   // be opened, and ReadStream() on it does what ReadFile() does. With held,
   // the file held is read (PropertyFile::ReadHeld()) instead of opening path.
+  // seen and copyBytes as PropertyFile::ReadWhole() takes them.
   static bool ReadForParsing(const propstring& path, PropertyTextBuffer& text,
                              bool& opened, PropertyFile::Contents* seen,
-                             const PropertyFileLock* held = nullptr);
+                             const PropertyFileLock* held = nullptr,
+                             bool copyBytes = true);
 
  private:
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
