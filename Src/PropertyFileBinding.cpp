@@ -111,9 +111,9 @@ void PropertyFileBinding<Format>::Rewrite() {
     // program writes meanwhile; an edit of the layout is read anew.
     if (result == PropertyFile::kWritten && !keepLayout) {
       // A table the binding wrote changes only in its properties' entries.
-      PropertyParseCache<Format>::KeepWritten(&m_bound, text.Data(),
-                                              text.Size(), store, m_header,
-                                              written ? &m_bound : nullptr);
+      PropertyParseCache<Format>::KeepWritten(
+          &m_bound, text.Data(), text.Size(), store, m_header,
+          written ? &m_bound : nullptr, &seen.bytes);
     } else {
       PropertyParseCache<Format>::Forget(&m_bound);
     }
@@ -210,20 +210,27 @@ void PropertyFileBinding<Format>::Load(Store& store,
   bool opened = false;
   typename Format::LineParser parser(store);
   PropertyTextBuffer text;
-  const bool whole = PropertyTextReader::ReadForParsing(m_path, text, opened,
-                                                        seen, held, false);
+  const PropertyFile::ReadResult read =
+      held != nullptr ? PropertyFile::ReadHeld(*held, text, seen, false)
+                      : PropertyFile::ReadWhole(m_path, text, seen, false);
+  opened = read != PropertyFile::kCannotOpen;
   // The bytes seen are copied from text, unless the kept ones stand in.
   propstring* keptBytes =
-      whole && seen != nullptr && use == kTake ? &seen->bytes : nullptr;
-  const bool reused =
-      whole && Cache::Reuse(&m_bound, text.Data(), text.Size(), store,
-                            use != kCopy, written, keptBytes);
+      read == PropertyFile::kReadWhole && seen != nullptr && use == kTake
+          ? &seen->bytes
+          : nullptr;
+  // Bytes the binding kept were parsed in memory, with the long lines
+  // choice in force now: they need no look for over-long lines.
+  const bool reused = read == PropertyFile::kReadWhole &&
+                      Cache::Reuse(&m_bound, text.Data(), text.Size(), store,
+                                   use != kCopy, written, keptBytes);
   if (seen != nullptr && seen->state == PropertyFile::Contents::kBytes &&
       !(reused && keptBytes != nullptr)) {
     seen->bytes.assign(text.Data(), text.Size());
   }
   if (reused) return;
-  if (whole) {
+  if (read == PropertyFile::kReadWhole &&
+      PropertyTextReader::ParsesInMemory(text.Data(), text.Size())) {
     // A rewrite keeps what it writes instead.
     if (!Cache::Enabled() || text.Size() > Cache::kMaxBytes || use == kTake) {
       PropertyTextReader::ParseText(text.Data(), text.Size(), parser);

@@ -115,13 +115,16 @@ void PropertyParseCache<Format>::KeepRead(
 template <typename Format>
 void PropertyParseCache<Format>::KeepWritten(
     const void* binding, const char* text, size_t size, Store& store,
-    const propstring& header, const std::vector<Property*>* changed) {
+    const propstring& header, const std::vector<Property*>* changed,
+    propstring* spare) {
   if (!Enabled() || size > kMaxBytes ||
       !ReadsBackAlone(store, header, changed)) {
     Forget(binding);
     return;
   }
   Kept<Format> kept;
+  // Memory already in use takes the bytes without a fresh allocation.
+  if (spare != nullptr) kept.bytes.swap(*spare);
   kept.bytes.assign(text, size);
   kept.table.swap(Format::TableOf(store));
   kept.written = true;

@@ -63,9 +63,12 @@ class PropertyParseCache {
   // logs only its "Loading" lines; otherwise forgets. If changed is not
   // null, store is a table the binding wrote with the values of the
   // properties of changed put into it, and only their entries are checked.
+  // The memory of spare, if not null, may hold the kept bytes (it is left
+  // empty or with other text).
   static void KeepWritten(const void* binding, const char* text, size_t size,
                           Store& store, const propstring& header,
-                          const std::vector<Property*>* changed = nullptr);
+                          const std::vector<Property*>* changed = nullptr,
+                          propstring* spare = nullptr);
   static void Forget(const void* binding);
 
   // Whether bindings reuse at all: on unless turned off here (for tests that

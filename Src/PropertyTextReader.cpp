@@ -90,16 +90,16 @@ bool PropertyTextReader::HasOverlongLine(const char* text, size_t size) {
 
 bool PropertyTextReader::ReadForParsing(const propstring& path,
                                         PropertyTextBuffer& text, bool& opened,
-                                        PropertyFile::Contents* seen,
-                                        const PropertyFileLock* held,
-                                        bool copyBytes) {
+                                        PropertyFile::Contents* seen) {
   const PropertyFile::ReadResult read =
-      held != nullptr ? PropertyFile::ReadHeld(*held, text, seen, copyBytes)
-                      : PropertyFile::ReadWhole(path, text, seen, copyBytes);
+      PropertyFile::ReadWhole(path, text, seen);
   opened = read != PropertyFile::kCannotOpen;
   return read == PropertyFile::kReadWhole &&
-         (PropertySafety::LongLines() ||
-          !HasOverlongLine(text.Data(), text.Size()));
+         ParsesInMemory(text.Data(), text.Size());
+}
+
+bool PropertyTextReader::ParsesInMemory(const char* text, size_t size) {
+  return PropertySafety::LongLines() || !HasOverlongLine(text, size);
 }
 
 char* PropertyTextReader::ReadLine(std::istream& in, char* buffer,

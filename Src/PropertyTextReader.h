@@ -121,13 +121,12 @@ class PropertyTextReader {
 
   // Reads the file at path whole into text and returns true if it may be
   // parsed in memory (ParseText()); otherwise opened tells whether it could
-  // be opened, and ReadStream() on it does what ReadFile() does. With held,
-  // the file held is read (PropertyFile::ReadHeld()) instead of opening path.
-  // seen and copyBytes as PropertyFile::ReadWhole() takes them.
+  // be opened, and ReadStream() on it does what ReadFile() does.
   static bool ReadForParsing(const propstring& path, PropertyTextBuffer& text,
-                             bool& opened, PropertyFile::Contents* seen,
-                             const PropertyFileLock* held = nullptr,
-                             bool copyBytes = true);
+                             bool& opened, PropertyFile::Contents* seen);
+  // True if text[0, size), read whole, may be parsed in memory: no line is
+  // too long for the stream reader, or long lines are on.
+  static bool ParsesInMemory(const char* text, size_t size);
 
  private:
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
