@@ -280,20 +280,22 @@ PropertyFile::Result PropertyFile::ReplaceHeld(const propstring& path,
   }
   // Truncating the file opened for the lock and writing from its start is
   // what opening it again with truncation would do.
-  if (::ftruncate(lock.Fd(), 0) != 0 || ::lseek(lock.Fd(), 0, SEEK_SET) != 0) {
+  if (::ftruncate(lock.Fd(), 0) != 0) {
     NoteWriteFailure();
     return kNotOpened;
   }
-  const bool written = WriteAll(lock.Fd(), text, size);
+  const bool written = WriteAll(lock.Fd(), text, size, 0);
   if (!written) NoteWriteFailure();
   return written ? kWritten : kWriteFailed;
 }
 
-bool PropertyFile::WriteAll(int fd, const char* text, size_t size) {
+bool PropertyFile::WriteAll(int fd, const char* text, size_t size, off_t at) {
   const char* next = text;
   size_t left = size;
   while (left > 0) {
-    const ssize_t written = ::write(fd, next, left);
+    const ssize_t written = at < 0
+                                ? ::write(fd, next, left)
+                                : ::pwrite(fd, next, left, at + (next - text));
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) return false;
     next += written;

@@ -28,6 +28,8 @@
 #ifndef SRC_PROPERTYFILE_H_
 #define SRC_PROPERTYFILE_H_
 
+#include <sys/types.h>
+
 #include <fstream>
 
 #include "PropertyFileLock.h"
@@ -116,7 +118,8 @@ class PropertyFile {
   static propstring DirectoryOf(const propstring& path);
   // Writes all of text to fd, retrying short writes and interruptions.
   // False on the first failed write (errno tells why).
-  static bool WriteAll(int fd, const char* text, size_t size);
+  // With at, from that offset on (pwrite()), whatever the file's offset.
+  static bool WriteAll(int fd, const char* text, size_t size, off_t at = -1);
 
  private:
   // ReplaceAtomically() or ReplaceInPlace(), as this build writes.

@@ -10,7 +10,7 @@
 //   open:  open, open64, openat, openat64, fopen, fopen64, mkostemp,
 //          mkostemp64
 //   read:  read
-//   write: write
+//   write: write, pwrite, pwrite64
 //   close: close, fclose (the descriptor or stream is closed all the same,
 //          as the kernel does, and only the result reports the failure)
 // A failing call does nothing else and returns -1 (null for fopen, EOF for
@@ -221,6 +221,20 @@ ssize_t write(int fd, const void* buffer, size_t count) {
   static const auto next = Next<ssize_t (*)(int, const void*, size_t)>("write");
   if (Fails(kWrite)) return -1;
   return next(fd, buffer, count);
+}
+
+ssize_t pwrite(int fd, const void* buffer, size_t count, off_t offset) {
+  static const auto next =
+      Next<ssize_t (*)(int, const void*, size_t, off_t)>("pwrite");
+  if (Fails(kWrite)) return -1;
+  return next(fd, buffer, count, offset);
+}
+
+ssize_t pwrite64(int fd, const void* buffer, size_t count, off64_t offset) {
+  static const auto next =
+      Next<ssize_t (*)(int, const void*, size_t, off64_t)>("pwrite64");
+  if (Fails(kWrite)) return -1;
+  return next(fd, buffer, count, offset);
 }
 
 int close(int fd) {
