@@ -66,9 +66,8 @@ void IniPropertiesFormat::LineParser::Line(char* line, char* end,
   const auto* entry =
       PropertyTextReader::ReadEntry(m_pending, line, end, lineNumber);
   if (entry == nullptr) return;
-  PropertyMessages::Write(PropertyMessages::kLoadingSectionEntry,
-                          entry->first.c_str(), m_current.c_str(),
-                          entry->second.c_str());
+  m_loading.Write(PropertyMessages::kLoadingSectionEntry, entry->first.c_str(),
+                  m_current.c_str(), entry->second.c_str());
 }
 
 void IniPropertiesFormat::LineParser::Finish() { EndSection(); }

@@ -19,6 +19,7 @@
 
 #include "IniProperties.h"
 #include "Property.h"
+#include "PropertyMessages.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyTextWriter.h"
 #include "PropertyThreadGuard.h"
@@ -49,6 +50,7 @@ class IniPropertiesFormat {
     std::map<propstring, Section>& m_sections;
     propstring m_current;  // Empty while no named section has begun.
     Section m_pending;     // The entries read under m_current.
+    PropertyMessages::LoadingLines m_loading;
   };
 
   // Reads the line [line, end), its comment cut, as a header if it is one:

@@ -15,8 +15,8 @@ void JavaPropertiesFormat::LineParser::Line(char* line, char* end,
   const auto* entry =
       PropertyTextReader::ReadEntry(m_table, line, end, lineNumber);
   if (entry == nullptr) return;
-  PropertyMessages::Write(PropertyMessages::kLoadingEntry, entry->first.c_str(),
-                          entry->second.c_str());
+  m_loading.Write(PropertyMessages::kLoadingEntry, entry->first.c_str(),
+                  entry->second.c_str());
 }
 
 void JavaPropertiesFormat::LineParser::Finish() {}

@@ -16,6 +16,7 @@
 
 #include "JavaProperties.h"
 #include "Property.h"
+#include "PropertyMessages.h"
 #include "PropertyTextBuffer.h"
 #include "PropertyTextWriter.h"
 #include "PropertyThreadGuard.h"
@@ -38,6 +39,7 @@ class JavaPropertiesFormat {
 
    private:
     std::map<propstring, propstring>& m_table;
+    PropertyMessages::LoadingLines m_loading;
   };
 
   // The entries of store, in byte order of the keys.

@@ -151,6 +151,11 @@ PropertyMessages::Recording::Scope::Scope(Recording& recording)
 
 PropertyMessages::Recording::Scope::~Scope() { m_recording = m_outer; }
 
+bool PropertyMessages::Taken() {
+  const Audience audience = ThisThreadsAudience();
+  return audience.recording != nullptr || audience.log;
+}
+
 PropertyMessages::Audience PropertyMessages::ThisThreadsAudience() {
   // Where the library's own Log() writes nowhere, calling it changes nothing.
   return Audience{m_recording, m_silences == 0 && !LogDiscardsAll()};

@@ -55,6 +55,22 @@ class PropertyMessages {
     if (audience.log) Log(1, format, args...);
   }
 
+  // Writes the "Loading" lines of one read as Write() does, but looks only
+  // once, at the first, whether anyone takes them: while nobody does, no
+  // code of the program runs, so that stays so for the rest of the read.
+  class LoadingLines {
+   public:
+    LoadingLines() : m_taken(-1) {}
+    template <typename... Args>
+    void Write(char* format, Args... args) {
+      if (m_taken < 0) m_taken = Taken() ? 1 : 0;
+      if (m_taken != 0) PropertyMessages::Write(format, args...);
+    }
+
+   private:
+    int m_taken;  // -1 until the first line.
+  };
+
   // While one is alive, Write() logs nothing on the thread that made it: for
   // reads the library makes only to check its own work, which a program's
   // Log() must not see as loads. Scopes nest.
@@ -179,6 +195,8 @@ class PropertyMessages {
   // translation units go through wrappers that some sanitizer builds get
   // wrong in new threads.
   static Audience ThisThreadsAudience();
+  // True if a message written now on this thread is recorded or logged.
+  static bool Taken();
 
   static thread_local int m_silences;  // Silence scopes open on this thread.
   // The Recording of the innermost Recording::Scope of this thread, if any.
