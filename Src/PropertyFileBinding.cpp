@@ -219,8 +219,9 @@ void PropertyFileBinding<Format>::Load(Store& store,
       read == PropertyFile::kReadWhole && seen != nullptr && use == kTake
           ? &seen->bytes
           : nullptr;
-  // Bytes the binding kept were parsed in memory, with the long lines
-  // choice in force now: they need no look for over-long lines.
+  // Bytes the binding kept need no look for over-long lines: those it read
+  // were parsed in memory with the long lines choice in force now (a reuse
+  // checks that), and no line it writes into a kept table is that long.
   const bool reused = read == PropertyFile::kReadWhole &&
                       Cache::Reuse(&m_bound, text.Data(), text.Size(), store,
                                    use != kCopy, written, keptBytes);

@@ -56,8 +56,10 @@ class PropertyMessages {
   }
 
   // Writes the "Loading" lines of one read as Write() does, but looks only
-  // once, at the first, whether anyone takes them: while nobody does, no
-  // code of the program runs, so that stays so for the rest of the read.
+  // once, at the first, whether anyone takes them: that depends only on the
+  // thread's Silence and Recording scopes, opened and closed around whole
+  // reads, and on LogDiscardsAll(), decided once, so it stays so for the
+  // rest of the read.
   class LoadingLines {
    public:
     LoadingLines() : m_taken(-1) {}

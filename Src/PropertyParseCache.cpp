@@ -27,8 +27,10 @@ struct Kept {
   // The bytes were written from the table, and reading them logs only its
   // "Loading" lines.
   bool written = false;
-  bool longLines = false;  // The choice the bytes were read with.
-  bool taken = false;      // The table is with the binding (Reuse()).
+  bool longLines = false;   // The choice the bytes were read with.
+  bool taken = false;       // The table is with the binding (Reuse()).
+  bool bytesTaken = false;  // So are the bytes: only a keep or a forget
+                            // may follow.
 };
 
 // Never destroyed: bindings may go after static destruction began.
@@ -66,7 +68,10 @@ bool PropertyParseCache<Format>::Reuse(const void* binding, const char* text,
   typename Format::Table& into = Format::TableOf(store);
   if (take) {
     into.swap(kept.table);
-    if (bytes != nullptr) bytes->swap(kept.bytes);
+    if (bytes != nullptr) {
+      bytes->swap(kept.bytes);
+      kept.bytesTaken = true;
+    }
     kept.taken = true;
   } else {
     into = kept.table;
@@ -90,6 +95,12 @@ void PropertyParseCache<Format>::GiveBack(const void* binding, Store& store) {
   std::lock_guard<std::mutex> lock(table.mutex);
   auto found = table.kept.find(binding);
   if (found == table.kept.end() || !found->second.taken) return;
+  // A table taken with its bytes (by a rewrite that did not end) is not the
+  // one given back: nothing is kept.
+  if (found->second.bytesTaken) {
+    table.kept.erase(found);
+    return;
+  }
   found->second.table.swap(Format::TableOf(store));
   found->second.taken = false;
 }
@@ -123,8 +134,11 @@ void PropertyParseCache<Format>::KeepWritten(
     return;
   }
   Kept<Format> kept;
-  // Memory already in use takes the bytes without a fresh allocation.
-  if (spare != nullptr) kept.bytes.swap(*spare);
+  // Memory already in use takes the bytes without a fresh allocation, unless
+  // it is much more than they need.
+  if (spare != nullptr && spare->capacity() / 2 <= size) {
+    kept.bytes.swap(*spare);
+  }
   kept.bytes.assign(text, size);
   kept.table.swap(Format::TableOf(store));
   kept.written = true;

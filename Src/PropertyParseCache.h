@@ -46,7 +46,8 @@ class PropertyParseCache {
   // bytes are others.
   // If written is not null, it tells whether the table is one the binding
   // wrote (so that every entry reads back alone). If bytes is not null (with
-  // take only), it gets the kept bytes, the same as text, saving a copy.
+  // take only), it gets the kept bytes, the same as text, saving a copy;
+  // then only KeepWritten() or Forget() may follow (GiveBack() forgets).
   static bool Reuse(const void* binding, const char* text, size_t size,
                     Store& store, bool take, bool* written = nullptr,
                     propstring* bytes = nullptr);
@@ -63,8 +64,8 @@ class PropertyParseCache {
   // logs only its "Loading" lines; otherwise forgets. If changed is not
   // null, store is a table the binding wrote with the values of the
   // properties of changed put into it, and only their entries are checked.
-  // The memory of spare, if not null, may hold the kept bytes (it is left
-  // empty or with other text).
+  // The memory of spare, if not null, may hold the kept bytes if it is not
+  // much larger than they need (spare is left empty or with other text).
   static void KeepWritten(const void* binding, const char* text, size_t size,
                           Store& store, const propstring& header,
                           const std::vector<Property*>* changed = nullptr,

@@ -179,6 +179,49 @@ TEST_F(PropertyParseCacheTest, TableGivenBackIsReusedAgain) {
   EXPECT_EQ("1", again.GetProperty("a"));
 }
 
+// A table taken with its bytes belongs to a rewrite that keeps or forgets
+// it; given back (after a rewrite that did not end), nothing stays kept,
+// not even under the bytes now moved out (which an empty file would match).
+TEST_F(PropertyParseCacheTest, TableTakenWithItsBytesIsForgottenWhenGivenBack) {
+  JavaProperties read;
+  ReadAndKeep("a=1\n", read);
+  JavaProperties taken;
+  std::string bytes;
+  ASSERT_TRUE(
+      FlatCache::Reuse(&kBinding, "a=1\n", 4, taken, true, nullptr, &bytes));
+  EXPECT_EQ("a=1\n", bytes);
+  FlatCache::GiveBack(&kBinding, taken);
+  JavaProperties again;
+  EXPECT_FALSE(Reuse("a=1\n", again));
+  EXPECT_FALSE(Reuse("", again));
+}
+
+// The bytes kept from a write take spare memory only if it is not much more
+// than they need: a large file rewritten small keeps no large buffer.
+TEST_F(PropertyParseCacheTest, KeptBytesTakeSpareMemoryOnlyOfAboutTheirSize) {
+  // Longer than a string holds without memory of its own.
+  const std::string key = "server.connection.timeout";
+  const std::string value = "1500 milliseconds";
+  const std::string text = key + "=" + value + "\n";
+  std::string large;
+  large.reserve(1 << 20);
+  JavaProperties store;
+  store.SetProperty(key, value);
+  FlatCache::KeepWritten(&kBinding, text.data(), text.size(), store, "",
+                         nullptr, &large);
+  EXPECT_GE(large.capacity(), 1u << 20);
+  std::string fitting;
+  fitting.reserve(text.size());
+  const char* const memory = fitting.data();
+  JavaProperties again;
+  again.SetProperty(key, value);
+  FlatCache::KeepWritten(&kBinding, text.data(), text.size(), again, "",
+                         nullptr, &fitting);
+  EXPECT_NE(memory, fitting.data());
+  JavaProperties reused;
+  EXPECT_TRUE(Reuse(text, reused));
+}
+
 // The text of a table a binding wrote, patched where entries change, is the
 // text of the changed table: random tables and changes, both formats.
 template <typename Format>
