@@ -2,15 +2,7 @@
 
 #include "BoundManagers.h"
 
-#include "BooleanProperty.h"
-#include "DoubleProperty.h"
-#include "IniPropertyFactory.h"
-#include "IntegerProperty.h"
-#include "IpAddrProperty.h"
-#include "JavaPropertyFactory.h"
-#include "ListProperty.h"
 #include "Properties.h"
-#include "StringProperty.h"
 
 namespace bench {
 
@@ -19,40 +11,16 @@ const char kManagerHeader[] = "bench settings";
 
 namespace {
 
-JavaPropertyFactory* FlatFactory() {
-  static JavaPropertyFactory* factory = [] {
-    JavaPropertyFactory* made = new JavaPropertyFactory();
-    made->AddCreator(IntegerProperty::kTypeName, JCreateIntegerProperty);
-    made->AddCreator(DoubleProperty::kTypeName, JCreateDoubleProperty);
-    made->AddCreator(BooleanProperty::kTypeName, JCreateBooleanProperty);
-    made->AddCreator(StringProperty::kTypeName, JCreateStringProperty);
-    made->AddCreator(ListProperty::kTypeName, JCreateListProperty);
-    made->AddCreator(IpAddrProperty::kTypeName, JCreateIpAddrProperty);
-    return made;
-  }();
-  return factory;
-}
-
-IniPropertyFactory* IniFactory() {
-  static IniPropertyFactory* factory = [] {
-    IniPropertyFactory* made = new IniPropertyFactory();
-    made->AddCreator(IntegerProperty::kTypeName, ICreateIntegerProperty);
-    made->AddCreator(DoubleProperty::kTypeName, ICreateDoubleProperty);
-    made->AddCreator(BooleanProperty::kTypeName, ICreateBooleanProperty);
-    made->AddCreator(StringProperty::kTypeName, ICreateStringProperty);
-    made->AddCreator(ListProperty::kTypeName, ICreateListProperty);
-    made->AddCreator(IpAddrProperty::kTypeName, ICreateIpAddrProperty);
-    return made;
-  }();
-  return factory;
-}
-
 // Registered properties start at this value until the file's replaces it.
 const char kInitial[] = "0";
 
 }  // namespace
 
-FlatManager::FlatManager() : m_manager(kManagerName, FlatFactory()) {}
+// The factories the library fills for its own managers; they keep no state
+// of a manager, so that every manager made here still starts clean.
+FlatManager::FlatManager()
+    : m_manager(kManagerName,
+                Properties::GetInstance()->GetJavaPropertyFactory()) {}
 
 void FlatManager::Bind(const std::string& path) {
   m_manager.RegisterPersistence(path, kManagerHeader);
@@ -72,7 +40,9 @@ std::string FlatManager::Get(const std::string&, const std::string& key) const {
   return m_manager.GetValue(key);
 }
 
-IniManager::IniManager() : m_manager(kManagerName, IniFactory()) {}
+IniManager::IniManager()
+    : m_manager(kManagerName,
+                Properties::GetInstance()->GetIniPropertyFactory()) {}
 
 void IniManager::Bind(const std::string& path) {
   m_manager.RegisterPersistence(path, kManagerHeader);

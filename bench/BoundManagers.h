@@ -7,8 +7,8 @@
 //   manager.Set("", "server.port", "8081");  // rewrites the file
 //
 // The section argument is ignored by FlatManager. Each manager is made
-// directly (not through the Properties singleton), with factories filled
-// the way the library fills its own, so that every one starts clean.
+// directly (not through the Properties singleton, which keeps one per
+// name), with the library's own factories, so that every one starts clean.
 // Shared by the benchmark program and the SetValue child (SetValueChild.h).
 
 #ifndef BENCH_BOUNDMANAGERS_H_
