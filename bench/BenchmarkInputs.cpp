@@ -387,6 +387,15 @@ std::string MakeDirectory() {
   return std::string();
 }
 
+// Sets what input is and where it lives (name in the scratch directory).
+InputFile& Named(InputFile* input, Format format, bool handWritten,
+                 const std::string& name) {
+  input->format = format;
+  input->handWritten = handWritten;
+  input->path = ScratchPath(name);
+  return *input;
+}
+
 }  // namespace
 
 bool CreateInputs() {
@@ -399,25 +408,18 @@ bool CreateInputs() {
   std::atexit(RemoveInputs);
   for (int signal : {SIGINT, SIGTERM, SIGHUP}) ::signal(signal, RemoveOnSignal);
   for (int n : kSizes) {
-    InputFile& flat = g_flat[n];
-    flat.format = Format::kFlat;
-    flat.handWritten = false;
-    flat.path = ScratchPath("flat-" + std::to_string(n) + ".properties");
+    const std::string size = std::to_string(n);
+    InputFile& flat =
+        Named(&g_flat[n], Format::kFlat, false, "flat-" + size + ".properties");
     GenerateFlat(n, &flat);
-    InputFile& ini = g_ini[n];
-    ini.format = Format::kIni;
-    ini.handWritten = false;
-    ini.path = ScratchPath("sections-" + std::to_string(n) + ".ini");
+    InputFile& ini =
+        Named(&g_ini[n], Format::kIni, false, "sections-" + size + ".ini");
     GenerateIni(n, &ini);
-    InputFile& handFlat = g_handFlat[n];
-    handFlat.format = Format::kFlat;
-    handFlat.handWritten = true;
-    handFlat.path = ScratchPath("hand-" + std::to_string(n) + ".properties");
+    InputFile& handFlat = Named(&g_handFlat[n], Format::kFlat, true,
+                                "hand-" + size + ".properties");
     GenerateHandFlat(flat, &handFlat);
-    InputFile& handIni = g_handIni[n];
-    handIni.format = Format::kIni;
-    handIni.handWritten = true;
-    handIni.path = ScratchPath("hand-sections-" + std::to_string(n) + ".ini");
+    InputFile& handIni = Named(&g_handIni[n], Format::kIni, true,
+                               "hand-sections-" + size + ".ini");
     GenerateHandIni(ini, &handIni);
     if (!WriteFile(flat.path, flat.text) || !WriteFile(ini.path, ini.text) ||
         !WriteFile(handFlat.path, handFlat.text) ||
