@@ -10,7 +10,15 @@
 
 namespace {
 
-// The thread's kept buffer lives in a thread-specific slot whose destructor
+// Every buffer is one block from malloc(): its capacity, then the text, so
+// that a kept block knows its size.
+const size_t kHeader = 16;  // Keeps the text as aligned as malloc() is.
+
+char* TextOf(void* block) { return static_cast<char*>(block) + kHeader; }
+void* BlockOf(char* text) { return text - kHeader; }
+size_t CapacityOf(void* block) { return *static_cast<size_t*>(block); }
+
+// The thread's kept block lives in a thread-specific slot whose destructor
 // is free() itself: nothing of this library needs to be loaded when a thread
 // exits.
 pthread_key_t g_keptKey;
@@ -26,26 +34,36 @@ bool HaveKeptKey() {
   return g_haveKeptKey;
 }
 
-// The thread's kept buffer, now lent to the caller, or null if the thread
-// has none or has lent it already.
-char* BorrowKept() {
+// The thread's kept block, now lent to the caller, if it holds capacity
+// bytes; null if the thread has none that large (or has lent it already).
+void* BorrowKept(size_t capacity) {
   if (!HaveKeptKey()) return nullptr;
-  char* kept = static_cast<char*>(::pthread_getspecific(g_keptKey));
-  if (kept != nullptr) ::pthread_setspecific(g_keptKey, nullptr);
+  void* kept = ::pthread_getspecific(g_keptKey);
+  if (kept == nullptr || CapacityOf(kept) < capacity) return nullptr;
+  ::pthread_setspecific(g_keptKey, nullptr);
   return kept;
 }
 
-// Makes data (kKeptSize bytes from malloc) the thread's kept buffer. False
-// if the thread keeps one already or the slot cannot be set.
-bool ReturnKept(char* data) {
-  return HaveKeptKey() && ::pthread_getspecific(g_keptKey) == nullptr &&
-         ::pthread_setspecific(g_keptKey, data) == 0;
+// Keeps block for the thread's next text if it is no larger than
+// kKeptLimit and larger than the kept one; frees whichever is not kept.
+void ReturnKept(void* block) {
+  if (CapacityOf(block) <= PropertyTextBuffer::kKeptLimit && HaveKeptKey()) {
+    void* kept = ::pthread_getspecific(g_keptKey);
+    if ((kept == nullptr || CapacityOf(kept) < CapacityOf(block)) &&
+        ::pthread_setspecific(g_keptKey, block) == 0) {
+      std::free(kept);
+      return;
+    }
+  }
+  std::free(block);
 }
 
-char* Allocate(size_t size) {
-  void* data = std::malloc(size);
-  if (data == nullptr) throw std::bad_alloc();
-  return static_cast<char*>(data);
+void* Allocate(size_t capacity) {
+  if (capacity > static_cast<size_t>(-1) - kHeader) throw std::bad_alloc();
+  void* block = std::malloc(kHeader + capacity);
+  if (block == nullptr) throw std::bad_alloc();
+  *static_cast<size_t*>(block) = capacity;
+  return block;
 }
 
 }  // namespace
@@ -57,14 +75,11 @@ PropertyTextBuffer::~PropertyTextBuffer() { Release(); }
 
 char* PropertyTextBuffer::Reserve(size_t capacity, size_t keep) {
   if (capacity <= m_capacity) return m_data;
-  char* data = nullptr;
-  if (capacity <= kKeptSize) {
-    data = BorrowKept();
-    if (data == nullptr) data = Allocate(kKeptSize);
-    capacity = kKeptSize;
-  } else {
-    data = Allocate(capacity);
-  }
+  if (capacity < kKeptSize) capacity = kKeptSize;
+  void* block = BorrowKept(capacity);
+  if (block == nullptr) block = Allocate(capacity);
+  char* data = TextOf(block);
+  capacity = CapacityOf(block);
   if (keep > 0) std::memcpy(data, m_data, keep);
   Release();
   m_data = data;
@@ -80,7 +95,7 @@ void PropertyTextBuffer::Grow(size_t size) {
 
 void PropertyTextBuffer::Release() {
   if (m_data == nullptr) return;
-  if (m_capacity != kKeptSize || !ReturnKept(m_data)) std::free(m_data);
+  ReturnKept(BlockOf(m_data));
   m_data = nullptr;
   m_capacity = 0;
 }

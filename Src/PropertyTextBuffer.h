@@ -1,13 +1,14 @@
 // PropertyTextBuffer.h - memory for the whole text of a property file, as
 // it is read before parsing or assembled before a rewrite.
 //
-// A thread keeps one buffer of kKeptSize bytes between its uses, so that
-// reading or writing a typical configuration file allocates no text buffer
-// at all; for reads, that also spares the heap the consolidation that a
-// large allocation causes right after a table of small nodes was freed,
-// which is what a load following a load does. Larger texts get memory of
-// their own, released with the buffer, and so does a buffer taken while the
-// thread's one is in use (a load from a Log hook during a load).
+// A thread keeps one buffer between its uses, the largest it needed (at
+// least kKeptSize, at most kKeptLimit bytes), so that reading or writing
+// the same file again allocates no text buffer at all; for reads, that also
+// spares the heap the consolidation that a large allocation causes right
+// after a table of small nodes was freed, which is what a load following a
+// load does. Texts over kKeptLimit get memory of their own, released with
+// the buffer, and so does a buffer taken while the thread's one is in use
+// (a load from a Log hook during a load).
 //
 // The kept buffer is released when its thread exits; the main thread's stays
 // until the process ends. Internal to the library: not installed.
@@ -22,7 +23,7 @@
 
 class PropertyTextBuffer {
  public:
-  enum { kKeptSize = 64 * 1024 };
+  enum { kKeptSize = 64 * 1024, kKeptLimit = 1024 * 1024 };
 
   PropertyTextBuffer();  // Empty, and holding no memory yet.
   ~PropertyTextBuffer();

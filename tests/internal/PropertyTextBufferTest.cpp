@@ -1,6 +1,6 @@
 // PropertyTextBufferTest.cpp - the memory behind whole-file reads: a thread
-// reuses its kept buffer, a buffer in use is never shared, and growing keeps
-// the content.
+// reuses its kept buffer, the largest it needed up to a limit, a buffer in
+// use is never shared, and growing keeps the content.
 
 #include "PropertyTextBuffer.h"
 
@@ -19,6 +19,14 @@ using test_support::TempDir;
 using test_support::WriteFile;
 
 const size_t kKept = PropertyTextBuffer::kKeptSize;
+const size_t kLimit = PropertyTextBuffer::kKeptLimit;
+
+// Runs test in a thread of its own, which starts without a kept buffer.
+template <typename Test>
+void InFreshThread(Test test) {
+  std::thread thread(test);
+  thread.join();
+}
 
 char* KeptBufferOfThisThread() {
   PropertyTextBuffer buffer;
@@ -54,14 +62,52 @@ TEST(PropertyTextBufferTest, BufferInUseIsNotLentToASecondReader) {
   EXPECT_EQ(std::string(100, 'o'), std::string(outerData, 100));
 }
 
-TEST(PropertyTextBufferTest, LargeReadGetsMemoryOfItsOwnAndLeavesTheKeptOne) {
-  char* kept = KeptBufferOfThisThread();
-  {
-    PropertyTextBuffer large;
-    EXPECT_NE(kept, large.Reserve(kKept + 1, 0));
-    EXPECT_EQ(kKept + 1, large.Capacity());
-  }
-  EXPECT_EQ(kept, KeptBufferOfThisThread());
+TEST(PropertyTextBufferTest,
+     TextOverTheLimitGetsMemoryOfItsOwnAndLeavesTheKeptOne) {
+  InFreshThread([] {
+    char* kept = KeptBufferOfThisThread();
+    {
+      PropertyTextBuffer large;
+      EXPECT_NE(kept, large.Reserve(kLimit + 1, 0));
+      EXPECT_EQ(kLimit + 1, large.Capacity());
+    }
+    EXPECT_EQ(kept, KeptBufferOfThisThread());
+  });
+}
+
+TEST(PropertyTextBufferTest, LargerTextWithinTheLimitBecomesTheKeptBuffer) {
+  InFreshThread([] {
+    KeptBufferOfThisThread();
+    char* large = nullptr;
+    {
+      PropertyTextBuffer buffer;
+      large = buffer.Reserve(kLimit, 0);
+    }
+    PropertyTextBuffer next;
+    EXPECT_EQ(large, next.Reserve(1, 0));
+    EXPECT_EQ(kLimit, next.Capacity());
+  });
+}
+
+TEST(PropertyTextBufferTest,
+     SmallerBufferGivenBackLastDoesNotReplaceTheKeptOne) {
+  InFreshThread([] {
+    char* large = nullptr;
+    {
+      PropertyTextBuffer buffer;
+      large = buffer.Reserve(2 * kKept, 0);
+    }
+    {
+      PropertyTextBuffer outer;
+      EXPECT_EQ(large, outer.Reserve(1, 0));
+      PropertyTextBuffer inner;  // Given back first, while outer is in use.
+      EXPECT_NE(large, inner.Reserve(1, 0));
+      EXPECT_EQ(kKept, inner.Capacity());
+    }
+    PropertyTextBuffer next;
+    EXPECT_EQ(large, next.Reserve(1, 0));
+    EXPECT_EQ(2 * kKept, next.Capacity());
+  });
 }
 
 TEST(PropertyTextBufferTest, GrowingKeepsTheRequestedPrefix) {
