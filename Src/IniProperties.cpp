@@ -47,7 +47,8 @@ bool IniProperties::Store(const propstring& fileName,
 
 bool IniProperties::Store(std::ostream& out, const propstring& header) {
   if (out.bad()) return false;
-  PropertyTextWriter::WriteHeader(out, ';', header);
+  PropertyTextWriter::WriteHeader(
+      out, IniPropertiesFormat::LineParser::kCommentMark, header);
   for (const auto& section : m_sections) {
     PropertyTextWriter::WriteLine(out, "[" + section.first + "]");
     for (const auto& entry : section.second) {

@@ -14,7 +14,9 @@ namespace {
 // and without a note.
 bool SectionReadsBackAlone(const propstring& name) {
   return !name.empty() &&
-         PropertyTextWriter::FieldTrouble(name, ';', true) == nullptr &&
+         PropertyTextWriter::FieldTrouble(
+             name, IniPropertiesFormat::LineParser::kCommentMark, true) ==
+             nullptr &&
          PropertyTextWriter::ReadsWithoutNote(name.size() + 2);
 }
 
@@ -52,9 +54,10 @@ bool HasSection(const Sections& sections, const propstring& name) {
 IniPropertiesFormat::LineParser::LineParser(IniProperties& store)
     : m_sections(store.m_sections) {}
 
-void IniPropertiesFormat::LineParser::Line(char* line, char* end,
+void IniPropertiesFormat::LineParser::Line(char* line, char* equals, char* end,
                                            int lineNumber) {
-  end = PropertyTextReader::CutComment(line, end, ';');
+  // A line cleaned as a possible header keeps its first '=': cleaning drops
+  // only blanks and quotes.
   if (FindHeader(line, end)) {
     EndSection();
     TakeSectionName(line, end, m_current);
@@ -64,7 +67,7 @@ void IniPropertiesFormat::LineParser::Line(char* line, char* end,
     return;
   }
   const auto* entry =
-      PropertyTextReader::ReadEntry(m_pending, line, end, lineNumber);
+      PropertyTextReader::ReadEntry(m_pending, line, equals, end, lineNumber);
   if (entry == nullptr) return;
   m_loading.Write(PropertyMessages::kLoadingSectionEntry, entry->first.c_str(),
                   m_current.c_str(), entry->second.c_str());
@@ -139,7 +142,7 @@ void IniPropertiesFormat::WriteLoadingMessages(const IniProperties& store) {
 void IniPropertiesFormat::Render(const IniProperties& store,
                                  const propstring& header,
                                  PropertyTextBuffer& text) {
-  PropertyTextWriter::AppendHeader(';', header, text);
+  PropertyTextWriter::AppendHeader(LineParser::kCommentMark, header, text);
   for (const auto& section : store.m_sections) {
     text.Append('[');
     text.Append(section.first);
@@ -166,9 +169,10 @@ bool IniPropertiesFormat::RenderChanged(const char* text, size_t size,
   const char* const end = text + size;
   // The header line, as AppendHeader() wrote it, stays.
   const size_t body = header.empty() ? 0 : header.size() + 2;
-  if (body > size || (body > 0 && (text[0] != ';' || text[body - 1] != '\n' ||
-                                   header.compare(0, header.size(), text + 1,
-                                                  header.size()) != 0))) {
+  if (body > size ||
+      (body > 0 &&
+       (text[0] != LineParser::kCommentMark || text[body - 1] != '\n' ||
+        header.compare(0, header.size(), text + 1, header.size()) != 0))) {
     return false;
   }
   const char* copied = text;
@@ -219,19 +223,22 @@ propstring IniPropertiesFormat::Unreadable(const propstring& section,
   // Entries under a header without a name are read and dropped.
   if (section.empty()) return "the section is empty";
   // Between its brackets a section name keeps its blanks and quotes.
-  if (const char* why = PropertyTextWriter::FieldTrouble(section, ';', true)) {
+  if (const char* why = PropertyTextWriter::FieldTrouble(
+          section, LineParser::kCommentMark, true)) {
     return propstring("the section ") + why;
   }
   if (PropertyTextWriter::TooLong(section.size() + 2)) {
     return "its section line would be 512 characters or longer";
   }
-  if (const char* why = PropertyTextWriter::FieldTrouble(key, ';', false)) {
+  if (const char* why = PropertyTextWriter::FieldTrouble(
+          key, LineParser::kCommentMark, false)) {
     return propstring("the key ") + why;
   }
   if (key.find('=') != propstring::npos) return "the key holds '='";
   // A line that starts with '[' is a section header.
   if (!key.empty() && key[0] == '[') return "the key starts with '['";
-  if (const char* why = PropertyTextWriter::FieldTrouble(value, ';', false)) {
+  if (const char* why = PropertyTextWriter::FieldTrouble(
+          value, LineParser::kCommentMark, false)) {
     return propstring("the value ") + why;
   }
   if (PropertyTextWriter::TooLong(key.size() + 1 + value.size())) {

@@ -33,10 +33,12 @@ class IniPropertiesFormat {
   // Takes the lines of one read into a store, section by section.
   class LineParser {
    public:
+    static const char kCommentMark = ';';
+
     explicit LineParser(IniProperties& store);
-    // Takes the line [line, end), which holds no NUL byte; the text may be
-    // changed.
-    void Line(char* line, char* end, int lineNumber);
+    // Takes the line [line, end), which holds no NUL byte and no comment,
+    // and whose first '=' is equals (null if none); the text may be changed.
+    void Line(char* line, char* equals, char* end, int lineNumber);
     // Stores the entries of the last section.
     void Finish();
 

@@ -41,7 +41,8 @@ bool JavaProperties::Store(const propstring& fileName,
 
 bool JavaProperties::Store(std::ostream& out, const propstring& header) {
   if (out.bad()) return false;
-  PropertyTextWriter::WriteHeader(out, '#', header);
+  PropertyTextWriter::WriteHeader(
+      out, JavaPropertiesFormat::LineParser::kCommentMark, header);
   for (const auto& entry : m_entries) {
     PropertyTextWriter::WriteEntry(out, entry.first, entry.second);
   }

@@ -9,11 +9,10 @@
 JavaPropertiesFormat::LineParser::LineParser(JavaProperties& store)
     : m_table(store.m_entries) {}
 
-void JavaPropertiesFormat::LineParser::Line(char* line, char* end,
+void JavaPropertiesFormat::LineParser::Line(char* line, char* equals, char* end,
                                             int lineNumber) {
-  end = PropertyTextReader::CutComment(line, end, '#');
   const auto* entry =
-      PropertyTextReader::ReadEntry(m_table, line, end, lineNumber);
+      PropertyTextReader::ReadEntry(m_table, line, equals, end, lineNumber);
   if (entry == nullptr) return;
   m_loading.Write(PropertyMessages::kLoadingEntry, entry->first.c_str(),
                   entry->second.c_str());
@@ -59,7 +58,7 @@ void JavaPropertiesFormat::WriteLoadingMessages(const JavaProperties& store) {
 void JavaPropertiesFormat::Render(const JavaProperties& store,
                                   const propstring& header,
                                   PropertyTextBuffer& text) {
-  PropertyTextWriter::AppendHeader('#', header, text);
+  PropertyTextWriter::AppendHeader(LineParser::kCommentMark, header, text);
   for (const auto& entry : store.m_entries) {
     PropertyTextWriter::AppendEntry(entry.first, entry.second, text);
   }
@@ -77,9 +76,10 @@ bool JavaPropertiesFormat::RenderChanged(const char* text, size_t size,
                                          PropertyTextBuffer& out) {
   // The header line, as AppendHeader() wrote it, stays.
   const size_t body = header.empty() ? 0 : header.size() + 2;
-  if (body > size || (body > 0 && (text[0] != '#' || text[body - 1] != '\n' ||
-                                   header.compare(0, header.size(), text + 1,
-                                                  header.size()) != 0))) {
+  if (body > size ||
+      (body > 0 &&
+       (text[0] != LineParser::kCommentMark || text[body - 1] != '\n' ||
+        header.compare(0, header.size(), text + 1, header.size()) != 0))) {
     return false;
   }
   out.Append(text, body);
@@ -104,11 +104,13 @@ void JavaPropertiesFormat::Put(JavaProperties& store, Property& property) {
 propstring JavaPropertiesFormat::Unreadable(const propstring&,
                                             const propstring& key,
                                             const propstring& value) {
-  if (const char* why = PropertyTextWriter::FieldTrouble(key, '#', false)) {
+  if (const char* why = PropertyTextWriter::FieldTrouble(
+          key, LineParser::kCommentMark, false)) {
     return propstring("the key ") + why;
   }
   if (key.find('=') != propstring::npos) return "the key holds '='";
-  if (const char* why = PropertyTextWriter::FieldTrouble(value, '#', false)) {
+  if (const char* why = PropertyTextWriter::FieldTrouble(
+          value, LineParser::kCommentMark, false)) {
     return propstring("the value ") + why;
   }
   if (PropertyTextWriter::TooLong(key.size() + 1 + value.size())) {

@@ -31,10 +31,12 @@ class JavaPropertiesFormat {
   // overwritten, and a repeated key is logged).
   class LineParser {
    public:
+    static const char kCommentMark = '#';
+
     explicit LineParser(JavaProperties& store);
-    // Takes the line [line, end), which holds no NUL byte; the text may be
-    // changed.
-    void Line(char* line, char* end, int lineNumber);
+    // Takes the line [line, end), which holds no NUL byte and no comment,
+    // and whose first '=' is equals (null if none); the text may be changed.
+    void Line(char* line, char* equals, char* end, int lineNumber);
     void Finish();
 
    private:

@@ -31,7 +31,7 @@ struct Traits;
 
 template <>
 struct Traits<JavaPropertiesFormat> {
-  static const char kComment = '#';
+  static const char kComment = JavaPropertiesFormat::LineParser::kCommentMark;
   static bool FindHeader(char*&, char*&) { return false; }
   static void TakeSectionName(const char*, const char*, propstring&) {}
   static void Take(const JavaProperties& store, Table& table) {
@@ -41,7 +41,7 @@ struct Traits<JavaPropertiesFormat> {
 
 template <>
 struct Traits<IniPropertiesFormat> {
-  static const char kComment = ';';
+  static const char kComment = IniPropertiesFormat::LineParser::kCommentMark;
   static bool FindHeader(char*& line, char*& end) {
     return IniPropertiesFormat::FindHeader(line, end);
   }
@@ -129,7 +129,9 @@ void ScanLayout(char* text, const std::vector<Line>& lines, Layout& layout) {
       end = static_cast<char*>(nul);
     }
     char* const lineEnd = end;
-    end = PropertyTextReader::CutComment(line, end, Traits<Format>::kComment);
+    char* equals;
+    end = PropertyTextReader::CutComment(line, end, Traits<Format>::kComment,
+                                         equals);
     if (Traits<Format>::FindHeader(line, end)) {
       Traits<Format>::TakeSectionName(line, end, name);
       // Entries under "[]" are read and dropped, as before any header.
@@ -145,8 +147,6 @@ void ScanLayout(char* text, const std::vector<Line>& lines, Layout& layout) {
       continue;
     }
     if (current == nullptr) continue;
-    char* equals = static_cast<char*>(
-        std::memchr(line, '=', static_cast<size_t>(end - line)));
     if (equals == nullptr) continue;
     char* keyEnd = equals;
     const char* key = PropertyTextReader::ExtractField(line, keyEnd);

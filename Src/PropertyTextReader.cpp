@@ -10,12 +10,18 @@
 #include "PropertyFileTroubles.h"
 #include "PropertyMessages.h"
 
-bool PropertyTextReader::IsBlank(char c) {
-  // The C locale's isspace(), whatever the process locale is, so that a
-  // file reads the same in every program.
-  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' ||
-         c == '\r';
+#if defined(__SSE2__)
+#include <emmintrin.h>
+
+namespace {
+
+// One bit per byte of a comparison's result.
+unsigned long long Bits(__m128i matches) {
+  return static_cast<unsigned>(_mm_movemask_epi8(matches));
 }
+
+}  // namespace
+#endif
 
 char* PropertyTextReader::CutComment(char* line, char* end, char mark) {
   char* comment = static_cast<char*>(
@@ -23,10 +29,16 @@ char* PropertyTextReader::CutComment(char* line, char* end, char mark) {
   return comment == nullptr ? end : comment;
 }
 
-PropertyTextReader::Table::value_type* PropertyTextReader::ReadEntry(
-    Table& table, char* line, char* end, int lineNumber) {
-  char* equals = static_cast<char*>(
+char* PropertyTextReader::CutComment(char* line, char* end, char mark,
+                                     char*& equals) {
+  end = CutComment(line, end, mark);
+  equals = static_cast<char*>(
       std::memchr(line, '=', static_cast<size_t>(end - line)));
+  return end;
+}
+
+PropertyTextReader::Table::value_type* PropertyTextReader::ReadEntry(
+    Table& table, char* line, char* equals, char* end, int lineNumber) {
   if (equals == nullptr) return nullptr;
   char* keyEnd = equals;
   const char* key = ExtractField(line, keyEnd);
@@ -50,28 +62,6 @@ char* PropertyTextReader::Extract(char* text) {
   char* start = ExtractField(text, end);
   *end = '\0';
   return start;
-}
-
-char* PropertyTextReader::ExtractField(char* begin, char*& end) {
-  begin = SkipBlanks(begin, end);
-  const bool quoted = begin < end && *begin == '"';
-  if (quoted) ++begin;
-  char* start = begin;
-  while (end > start && IsBlank(end[-1])) --end;
-  if (quoted) {
-    // Only the last byte is looked at: "a" b keeps both of its quotes.
-    if (end > start && end[-1] == '"') {
-      --end;
-    } else {
-      --start;  // An unmatched opening quote belongs to the text.
-    }
-  }
-  return start;
-}
-
-char* PropertyTextReader::SkipBlanks(char* begin, char* end) {
-  while (begin < end && IsBlank(*begin)) ++begin;
-  return begin;
 }
 
 bool PropertyTextReader::HasOverlongLine(const char* text, size_t size) {
@@ -137,35 +127,104 @@ char* PropertyTextReader::ReadLine(std::istream& in, char* buffer,
   // line of 511 characters, which is still stored whole (or for a longer
   // one, read whole on demand). Kept as it always was: existing tools look
   // for this message.
-  if (consumed > kLineBufferSize - 1) {
-    PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
-  }
+  if (consumed > kLineBufferSize - 1) NoteLineTooLong(lineNumber);
   return line;
 }
 
-char* PropertyTextReader::TakeLine(char*& cursor, char* end, int lineNumber,
-                                   bool& more) {
-  char* line = cursor;
-  char* feed = static_cast<char*>(
-      std::memchr(line, '\n', static_cast<size_t>(end - line)));
-  more = feed != nullptr;
-  // What the stream reader consumes: the line and its line feed, if any.
-  const ptrdiff_t consumed = more ? feed + 1 - line : end - line;
-  if (consumed > kLineBufferSize - 1) {
-    PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
-  }
-  if (!more) {
-    *end = '\0';
-    return line;
-  }
-  *feed = '\0';
-  cursor = feed + 1;
-  return line;
+void PropertyTextReader::NoteLineTooLong(int lineNumber) {
+  PropertyMessages::Write(PropertyMessages::kLineTooLong, lineNumber);
 }
 
-char* PropertyTextReader::LineEnd(char* line, const char* cursor, char* end,
-                                  bool more, bool nulInside) {
-  // Only a text with a NUL byte needs every line measured again.
-  if (nulInside) return line + std::strlen(line);
-  return more ? line + (cursor - line - 1) : end;
+PropertyTextReader::LineCutter::LineCutter(char* text, size_t size, char mark)
+    : m_text(text), m_size(size), m_mark(mark), m_chunk(0), m_next(0) {
+  Look();
+}
+
+bool PropertyTextReader::LineCutter::Next(Line& line) {
+  if (m_next > m_size) return false;
+  if (m_next == m_chunk + kChunk) {  // The last line ended its chunk.
+    m_chunk = m_next;
+    Look();
+  }
+  const size_t begin = m_next;
+  line.begin = m_text + begin;
+  line.equals = nullptr;
+  line.end = nullptr;
+  for (Mask live = ~Mask(0) << (begin - m_chunk);; live = ~Mask(0)) {
+    const Mask feeds = m_feeds & live;
+    if (feeds != 0) {
+      char* const feed = At(feeds);
+      Find(live & Below(feeds), line);
+      if (line.end == nullptr) line.end = feed;
+      m_next = static_cast<size_t>(feed + 1 - m_text);
+      line.consumed = m_next - begin;
+      return true;
+    }
+    Find(live, line);
+    if (m_size - m_chunk <= kChunk) {
+      if (line.end == nullptr) line.end = m_text + m_size;
+      line.consumed = m_size - begin;
+      m_next = m_size + 1;
+      return true;
+    }
+    m_chunk += kChunk;
+    Look();
+  }
+}
+
+inline void PropertyTextReader::LineCutter::Find(Mask inLine,
+                                                 Line& line) const {
+  if (line.end != nullptr) return;
+  const Mask stops = m_stops & inLine;
+  Mask equals = m_equals & inLine;
+  if (stops != 0) {
+    equals &= Below(stops);
+    line.end = At(stops);
+  }
+  if (line.equals == nullptr && equals != 0) line.equals = At(equals);
+}
+
+inline PropertyTextReader::LineCutter::Mask
+PropertyTextReader::LineCutter::Below(Mask bits) {
+  return (bits & (0 - bits)) - 1;
+}
+
+inline char* PropertyTextReader::LineCutter::At(Mask bits) const {
+  return m_text + m_chunk + static_cast<size_t>(__builtin_ctzll(bits));
+}
+
+void PropertyTextReader::LineCutter::Look() {
+  const size_t size = m_size - m_chunk < kChunk ? m_size - m_chunk : kChunk;
+  const char* bytes = m_text + m_chunk;
+  char last[kChunk];
+  if (size < kChunk) {
+    std::memset(last, 0, sizeof last);
+    std::memcpy(last, bytes, size);
+    bytes = last;
+  }
+#if defined(__SSE2__)
+  const __m128i feed = _mm_set1_epi8('\n');
+  const __m128i nul = _mm_setzero_si128();
+  const __m128i mark = _mm_set1_epi8(m_mark);
+  const __m128i equal = _mm_set1_epi8('=');
+  m_feeds = m_stops = m_equals = 0;
+  for (size_t i = 0; i < kChunk; i += 16) {
+    const __m128i block =
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+    m_feeds |= Bits(_mm_cmpeq_epi8(block, feed)) << i;
+    m_stops |= Bits(_mm_or_si128(_mm_cmpeq_epi8(block, nul),
+                                 _mm_cmpeq_epi8(block, mark)))
+               << i;
+    m_equals |= Bits(_mm_cmpeq_epi8(block, equal)) << i;
+  }
+#else
+  m_feeds = m_stops = m_equals = 0;
+  for (size_t i = 0; i < kChunk; ++i) {
+    const Mask bit = Mask(1) << i;
+    if (bytes[i] == '\n') m_feeds |= bit;
+    if (bytes[i] == '\0' || bytes[i] == m_mark) m_stops |= bit;
+    if (bytes[i] == '=') m_equals |= bit;
+  }
+#endif
+  if (size < kChunk) m_stops &= (Mask(1) << size) - 1;  // Not the padding.
 }

@@ -4,12 +4,15 @@
 // blanks and quotes, and the choice between parsing a whole file in memory
 // and reading it line by line. Internal to the library: not installed.
 //
-// A format supplies a line parser with two members:
-//   void Line(char* line, char* end, int lineNumber);  // [line, end), no NUL
-//   void Finish();                                     // after the last line
+// A format supplies a line parser with its comment mark and two members:
+//   static const char kCommentMark;  // a comment runs from it to line end
+//   void Line(char* line, char* equals, char* end, int lineNumber);
+//   void Finish();                   // after the last line
 // and these functions feed it every line, in order, with the line numbers
 // and log lines ("Error reading Line %d", "Line %d is too long") that the
-// stream reader has always produced.
+// stream reader has always produced. Line() gets the line [line, end) as
+// far as its first NUL byte and without its comment, and equals, its first
+// '=' (null if it has none).
 //
 // Not thread-safe for one parser; the functions keep no state of their own.
 
@@ -48,7 +51,10 @@ class PropertyTextReader {
     std::string longer;
     for (int lineNumber = 1; !in.eof() && result; ++lineNumber) {
       char* line = ReadLine(in, buffer, longLines, longer, lineNumber, result);
-      parser.Line(line, line + std::strlen(line), lineNumber);
+      char* equals;
+      char* end = CutComment(line, line + std::strlen(line),
+                             Parser::kCommentMark, equals);
+      parser.Line(line, equals, end, lineNumber);
     }
     parser.Finish();
     return result;
@@ -75,19 +81,16 @@ class PropertyTextReader {
     return opened && ReadStream(in, parser);
   }
 
-  // Feeds parser text[0, size) line by line as ReadStream() would; text is
-  // changed and text[size] must be writable. REQUIRES: no line is longer
-  // than 511 characters, unless long lines are on.
+  // Feeds parser text[0, size) line by line as ReadStream() would; the
+  // parser may change the text. REQUIRES: no line is longer than 511
+  // characters, unless long lines are on.
   template <typename Parser>
   static void ParseText(char* text, size_t size, Parser& parser) {
-    char* const end = text + size;
-    const bool nulInside = std::memchr(text, '\0', size) != nullptr;
-    char* cursor = text;
-    bool more = true;
-    for (int lineNumber = 1; more; ++lineNumber) {
-      char* line = TakeLine(cursor, end, lineNumber, more);
-      parser.Line(line, LineEnd(line, cursor, end, more, nulInside),
-                  lineNumber);
+    LineCutter lines(text, size, Parser::kCommentMark);
+    LineCutter::Line line;
+    for (int lineNumber = 1; lines.Next(line); ++lineNumber) {
+      if (line.consumed > kLineBufferSize - 1) NoteLineTooLong(lineNumber);
+      parser.Line(line.begin, line.equals, line.end, lineNumber);
     }
     parser.Finish();
   }
@@ -95,12 +98,16 @@ class PropertyTextReader {
   // The end of the line [line, end) once its comment, from the first
   // mark on, is cut.
   static char* CutComment(char* line, char* end, char mark);
-  // Takes the entry line [line, end) (its comment cut) into table: split at
-  // the first '=', both fields cleaned, a redefinition logged. Returns the
-  // entry, or null for a line without '=' (which is ignored). Constant time
-  // when keys arrive in order, as in files the library wrote.
-  static Table::value_type* ReadEntry(Table& table, char* line, char* end,
-                                      int lineNumber);
+  // CutComment(), which also finds the first '=' of what is left: equals
+  // is set to it, or to null if there is none.
+  static char* CutComment(char* line, char* end, char mark, char*& equals);
+  // Takes the entry line [line, end) (its comment cut), whose first '=' is
+  // equals, into table: split there, both fields cleaned, a redefinition
+  // logged. Returns the entry, or null if equals is null (a line without
+  // '=' is ignored). Constant time when keys arrive in order, as in files
+  // the library wrote.
+  static Table::value_type* ReadEntry(Table& table, char* line, char* equals,
+                                      char* end, int lineNumber);
 
   // Cleans one NUL-terminated field in place and returns a pointer into it:
   // drops leading and trailing blanks; a field that starts with '"' loses
@@ -109,12 +116,34 @@ class PropertyTextReader {
   static char* Extract(char* text);
   // Extract() on the field [begin, end) without writing to it: returns the
   // start of the cleaned field and moves end to its end.
-  static char* ExtractField(char* begin, char*& end);
+  static char* ExtractField(char* begin, char*& end) {
+    begin = SkipBlanks(begin, end);
+    const bool quoted = begin < end && *begin == '"';
+    if (quoted) ++begin;
+    char* start = begin;
+    while (end > start && IsBlank(end[-1])) --end;
+    if (quoted) {
+      // Only the last byte is looked at: "a" b keeps both of its quotes.
+      if (end > start && end[-1] == '"') {
+        --end;
+      } else {
+        --start;  // An unmatched opening quote belongs to the text.
+      }
+    }
+    return start;
+  }
   // True if c is a blank: space, tab, line feed, vertical tab, form feed or
-  // carriage return.
-  static bool IsBlank(char c);
+  // carriage return (the C locale's isspace(), whatever the process locale
+  // is, so that a file reads the same in every program).
+  static bool IsBlank(char c) {
+    const unsigned char u = static_cast<unsigned char>(c);
+    return u <= ' ' && ((kBlanks >> u) & 1) != 0;
+  }
   // The first byte of [begin, end) that is not a blank, or end.
-  static char* SkipBlanks(char* begin, char* end);
+  static char* SkipBlanks(char* begin, char* end) {
+    while (begin < end && IsBlank(*begin)) ++begin;
+    return begin;
+  }
 
   // True if some line of text[0, size) is longer than 511 characters.
   static bool HasOverlongLine(const char* text, size_t size);
@@ -129,6 +158,54 @@ class PropertyTextReader {
   static bool ParsesInMemory(const char* text, size_t size);
 
  private:
+  // Cuts a text held in memory into the lines the stream reader sees, and
+  // finds in the same pass each line's first NUL byte, comment mark and
+  // '=': the text is looked at 64 bytes at a time, as bit masks of those
+  // bytes, and never read beyond its end.
+  class LineCutter {
+   public:
+    struct Line {
+      char* begin;
+      char* equals;     // The first '=' before end, or null.
+      char* end;        // Its first NUL byte or comment mark, or its end.
+      size_t consumed;  // Its bytes with its line feed, if it has one.
+    };
+
+    LineCutter(char* text, size_t size, char mark);
+    // Cuts the next line into line; false after the last one (a text
+    // ending in a line feed ends with an empty line).
+    bool Next(Line& line);
+
+   private:
+    static const size_t kChunk = 64;
+    typedef unsigned long long Mask;  // Bit i: byte m_chunk[i].
+
+    // Notes in line, unless its end is known already, the first NUL byte
+    // or comment mark and the first '=' before it among the chunk's bytes
+    // that inLine marks.
+    void Find(Mask inLine, Line& line) const;
+    // The bits below the lowest bit of bits (all if there is none).
+    static Mask Below(Mask bits);
+    // Sets the masks to the bytes of the chunk at m_chunk.
+    void Look();
+    // The byte of the chunk that the lowest bit of bits stands for.
+    char* At(Mask bits) const;
+
+    char* const m_text;
+    const size_t m_size;
+    const char m_mark;
+    size_t m_chunk;  // The 64 bytes looked at start here.
+    size_t m_next;   // Where the next line starts; past m_size after the last.
+    Mask m_feeds;
+    Mask m_stops;  // NUL bytes and comment marks: where content ends.
+    Mask m_equals;
+  };
+
+  // The blanks, as bits numbered by their codes (all below 64).
+  static const unsigned long long kBlanks = (1ULL << ' ') | (1ULL << '\t') |
+                                            (1ULL << '\n') | (1ULL << '\v') |
+                                            (1ULL << '\f') | (1ULL << '\r');
+
   // Reads one line of at most kLineBufferSize - 1 characters into buffer
   // or, if longLines and the line is longer, the whole line into longer,
   // and returns it (NUL-terminated). Logs a read error or an over-long line
@@ -136,15 +213,8 @@ class PropertyTextReader {
   // still valid).
   static char* ReadLine(std::istream& in, char* buffer, bool longLines,
                         std::string& longer, int lineNumber, bool& ok);
-  // Cuts the next line out of [cursor, end) in place and logs it if it
-  // holds more than 511 characters with its line feed (as the stream reader
-  // does). Sets more to false at the last line, which ends at end.
-  static char* TakeLine(char*& cursor, char* end, int lineNumber, bool& more);
-  // The end of the line that TakeLine() just returned, as the stream reader
-  // sees it: its first NUL byte if nulInside (the text holds one somewhere),
-  // else where TakeLine() cut it.
-  static char* LineEnd(char* line, const char* cursor, char* end, bool more,
-                       bool nulInside);
+  // Logs "Line %d is too long" for lineNumber.
+  static void NoteLineTooLong(int lineNumber);
 };
 
 #endif  // SRC_PROPERTYTEXTREADER_H_

@@ -381,6 +381,32 @@ TEST_F(PropertyTextReaderFileTest,
   ExpectSameOnEveryFile<IniProperties>(Files(texts));
 }
 
+// Texts of the bytes a reader looks for (line feeds, both comment marks,
+// '=', NUL, blanks, quotes, brackets) at every offset, lines of every length
+// up to a few hundred bytes, and texts ending with and without a line feed
+// at and around multiples of 16 and 64 bytes.
+TEST_F(PropertyTextReaderFileTest,
+       WholeFileReadEqualsTheStreamReadOnRandomTextsOfSpecialBytes) {
+  std::mt19937 random(20261124);
+  const char special[] = {'\n', '=', '#', ';',  '\0', ' ', '\t',
+                          '"',  '[', ']', '\r', 'k',  'v', 'x'};
+  std::vector<std::string> texts;
+  for (int round = 0; round < 400; ++round) {
+    std::string text;
+    const size_t size = round < 200
+                            ? static_cast<size_t>(round)
+                            : 64 * (1 + random() % 6) + random() % 3 - 1;
+    const unsigned feedEvery = 2 + random() % 120;
+    while (text.size() < size) {
+      text +=
+          random() % feedEvery == 0 ? '\n' : special[random() % sizeof special];
+    }
+    texts.push_back(text);
+  }
+  ExpectSameOnEveryFile<JavaProperties>(Files(texts));
+  ExpectSameOnEveryFile<IniProperties>(Files(texts));
+}
+
 TEST_F(PropertyTextReaderFileTest, LongLineIsLoggedAsTooLongWithItsNumber) {
   ScopedLongLines longLines(true);
   const std::vector<std::string> paths =
