@@ -147,9 +147,7 @@ void IniPropertiesFormat::Render(const IniProperties& store,
     text.Append('[');
     text.Append(section.first);
     text.Append("]\n", 2);
-    for (const auto& entry : section.second) {
-      PropertyTextWriter::AppendEntry(entry.first, entry.second, text);
-    }
+    PropertyTextWriter::AppendEntries(section.second, text);
     text.Append('\n');
   }
 }

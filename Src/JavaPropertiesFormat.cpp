@@ -59,9 +59,7 @@ void JavaPropertiesFormat::Render(const JavaProperties& store,
                                   const propstring& header,
                                   PropertyTextBuffer& text) {
   PropertyTextWriter::AppendHeader(LineParser::kCommentMark, header, text);
-  for (const auto& entry : store.m_entries) {
-    PropertyTextWriter::AppendEntry(entry.first, entry.second, text);
-  }
+  PropertyTextWriter::AppendEntries(store.m_entries, text);
 }
 
 const propstring* JavaPropertiesFormat::Peek(const JavaProperties& store,

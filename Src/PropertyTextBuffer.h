@@ -49,19 +49,25 @@ class PropertyTextBuffer {
   void Append(const propstring& text) { Append(text.data(), text.size()); }
   void Append(char c) { *Extend(1) = c; }
 
-  // memcpy() for the short pieces a property file is made of: keys and
-  // values up to 32 bytes are copied inline, longer ones by memcpy().
+  // memcpy() for the short pieces a property file is made of: up to 32
+  // bytes are copied inline as two overlapping moves of a power of two,
+  // longer ones by memcpy().
   static void Copy(char* to, const char* from, size_t size) {
-    if (size >= 16 && size <= 32) {
+    if (size > 32) {
+      std::memcpy(to, from, size);
+    } else if (size >= 16) {
       std::memcpy(to, from, 16);
       std::memcpy(to + size - 16, from + size - 16, 16);
-    } else if (size >= 8 && size < 16) {
+    } else if (size >= 8) {
       std::memcpy(to, from, 8);
       std::memcpy(to + size - 8, from + size - 8, 8);
-    } else if (size < 8) {
-      for (size_t i = 0; i < size; ++i) to[i] = from[i];
-    } else {
-      std::memcpy(to, from, size);
+    } else if (size >= 4) {
+      std::memcpy(to, from, 4);
+      std::memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size > 0) {
+      to[0] = from[0];
+      to[size / 2] = from[size / 2];
+      to[size - 1] = from[size - 1];
     }
   }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "PropertyTextReader.h"
 
@@ -25,6 +26,22 @@ void PropertyTextWriter::AppendEntry(const propstring& key,
   *line++ = '=';
   PropertyTextBuffer::Copy(line, value.data(), value.size());
   line[value.size()] = '\n';
+}
+
+void PropertyTextWriter::AppendEntries(const Entries& entries,
+                                       PropertyTextBuffer& text) {
+  for (Entries::const_iterator entry = entries.begin();
+       entry != entries.end();) {
+    // The walk of the tree waits on memory: the next entry's key and value
+    // are fetched while this one is copied.
+    const Entries::const_iterator next = std::next(entry);
+    if (next != entries.end()) {
+      __builtin_prefetch(next->first.data());
+      __builtin_prefetch(next->second.data());
+    }
+    AppendEntry(entry->first, entry->second, text);
+    entry = next;
+  }
 }
 
 namespace {

@@ -23,6 +23,9 @@ class PropertyTextWriter {
   // Appends the line "<key>=<value>\n" to text.
   static void AppendEntry(const propstring& key, const propstring& value,
                           PropertyTextBuffer& text);
+  typedef std::map<propstring, propstring> Entries;
+  // AppendEntry() for every entry, in order.
+  static void AppendEntries(const Entries& entries, PropertyTextBuffer& text);
   // Entries given a new value, by key.
   typedef std::map<propstring, propstring> NewValues;
   // Appends to text what AppendEntry() makes of the entries of the lines
