@@ -37,7 +37,8 @@ class IniPropertiesFormat {
 
     explicit LineParser(IniProperties& store);
     // Takes the line [line, end), which holds no NUL byte and no comment,
-    // and whose first '=' is equals (null if none); the text may be changed.
+    // and whose first '=' is equals (null if none). Leaves the text as it
+    // is.
     void Line(char* line, char* equals, char* end, int lineNumber);
     // Stores the entries of the last section.
     void Finish();

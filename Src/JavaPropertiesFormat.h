@@ -35,7 +35,8 @@ class JavaPropertiesFormat {
 
     explicit LineParser(JavaProperties& store);
     // Takes the line [line, end), which holds no NUL byte and no comment,
-    // and whose first '=' is equals (null if none); the text may be changed.
+    // and whose first '=' is equals (null if none). Leaves the text as it
+    // is.
     void Line(char* line, char* equals, char* end, int lineNumber);
     void Finish();
 

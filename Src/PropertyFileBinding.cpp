@@ -237,14 +237,12 @@ void PropertyFileBinding<Format>::Load(Store& store,
       PropertyTextReader::ParseText(text.Data(), text.Size(), parser);
       return;
     }
-    // The parse changes the text in place; what is kept is the bytes read.
-    const propstring bytes(text.Data(), text.Size());
     PropertyMessages::Recording messages;
     {
       PropertyMessages::Recording::Scope recording(messages);
       PropertyTextReader::ParseText(text.Data(), text.Size(), parser);
     }
-    Cache::KeepRead(&m_bound, bytes.data(), bytes.size(), store, messages);
+    Cache::KeepRead(&m_bound, text.Data(), text.Size(), store, messages);
     return;
   }
   if (opened) {

@@ -62,7 +62,7 @@ template <typename Format>
 void ReadSilently(const char* text, size_t size, Table& table) {
   PropertyMessages::Silence silence;
   PropertyTextBuffer copy;
-  char* data = copy.Reserve(size + 1, 0);  // The parser ends lines in place.
+  char* data = copy.Reserve(size + 1, 0);  // The parsers take writable text.
   if (size > 0) std::memcpy(data, text, size);
   typename Format::Store store;
   typename Format::LineParser parser(store);

@@ -199,7 +199,7 @@ void PropertyTextReader::LineCutter::Look() {
   char last[kChunk];
   if (size < kChunk) {
     std::memset(last, 0, sizeof last);
-    std::memcpy(last, bytes, size);
+    if (size > 0) std::memcpy(last, bytes, size);
     bytes = last;
   }
 #if defined(__SSE2__)

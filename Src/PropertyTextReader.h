@@ -12,7 +12,7 @@
 // and log lines ("Error reading Line %d", "Line %d is too long") that the
 // stream reader has always produced. Line() gets the line [line, end) as
 // far as its first NUL byte and without its comment, and equals, its first
-// '=' (null if it has none).
+// '=' (null if it has none); it leaves the text as it is.
 //
 // Not thread-safe for one parser; the functions keep no state of their own.
 
@@ -81,8 +81,8 @@ class PropertyTextReader {
     return opened && ReadStream(in, parser);
   }
 
-  // Feeds parser text[0, size) line by line as ReadStream() would; the
-  // parser may change the text. REQUIRES: no line is longer than 511
+  // Feeds parser text[0, size) line by line as ReadStream() would, and
+  // leaves the text as it was. REQUIRES: no line is longer than 511
   // characters, unless long lines are on.
   template <typename Parser>
   static void ParseText(char* text, size_t size, Parser& parser) {

@@ -407,6 +407,22 @@ TEST_F(PropertyTextReaderFileTest,
   ExpectSameOnEveryFile<IniProperties>(Files(texts));
 }
 
+// A binding keeps the bytes it parsed for the next read to compare with.
+TEST(PropertyTextReaderTest, ParsedTextIsLeftAsItWas) {
+  for (const std::string& original : EdgeCases()) {
+    std::string flat = original;
+    std::string ini = original;
+    JavaProperties flatStore;
+    JavaPropertiesFormat::LineParser flatParser(flatStore);
+    PropertyTextReader::ParseText(&flat[0], flat.size(), flatParser);
+    IniProperties iniStore;
+    IniPropertiesFormat::LineParser iniParser(iniStore);
+    PropertyTextReader::ParseText(&ini[0], ini.size(), iniParser);
+    EXPECT_EQ(original, flat);
+    EXPECT_EQ(original, ini);
+  }
+}
+
 TEST_F(PropertyTextReaderFileTest, LongLineIsLoggedAsTooLongWithItsNumber) {
   ScopedLongLines longLines(true);
   const std::vector<std::string> paths =
