@@ -432,7 +432,8 @@ class Report:
         self.emit("From a profile (perf) of the 1k-entry flat load: about a "
                   "third of the time is in `malloc` and `free` (the node, "
                   "key and value of every entry), a tenth in the tree, a "
-                  "tenth finding line feeds, comments and `=`, and a tenth "
+                  "tenth cutting the text into lines and finding their "
+                  "comments and `=` signs, and a tenth "
                   "comparing each key with the last one for the hinted "
                   "insertion; the read itself is one `read()`.")
         self.emit()
