@@ -126,7 +126,10 @@ fuzz:
 # make bench-docs runs the same and writes the page docs/benchmarks.md from
 # it (bench/report.py --markdown-page); that page is never edited by hand.
 BENCH_ARGS ?=
-BENCH_COMMIT = $(shell git describe --always --dirty 2>/dev/null || echo unknown)
+# The page is not measured: a change to it alone does not make the tree dirty.
+BENCH_COMMIT = $(shell commit=$$(git describe --always 2>/dev/null) && \
+  { git diff --quiet HEAD -- . ':(exclude)docs/benchmarks.md' && \
+    echo $$commit || echo $$commit-dirty; } || echo unknown)
 
 bench:
 	@sh tools/install-deps.sh bench
