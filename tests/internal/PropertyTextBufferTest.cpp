@@ -41,9 +41,11 @@ TEST(PropertyTextBufferTest, HoldsNothingBeforeTheFirstReserve) {
 }
 
 TEST(PropertyTextBufferTest, SmallReadGetsTheWholeKeptSize) {
-  PropertyTextBuffer buffer;
-  buffer.Reserve(10, 0);
-  EXPECT_EQ(kKept, buffer.Capacity());
+  InFreshThread([] {
+    PropertyTextBuffer buffer;
+    buffer.Reserve(10, 0);
+    EXPECT_EQ(kKept, buffer.Capacity());
+  });
 }
 
 TEST(PropertyTextBufferTest, NextSmallReadOfTheThreadReusesTheSameMemory) {
@@ -122,10 +124,12 @@ TEST(PropertyTextBufferTest, GrowingKeepsTheRequestedPrefix) {
 }
 
 TEST(PropertyTextBufferTest, ReserveWithinCapacityChangesNothing) {
-  PropertyTextBuffer buffer;
-  char* data = buffer.Reserve(kKept, 0);
-  EXPECT_EQ(data, buffer.Reserve(kKept / 2, 0));
-  EXPECT_EQ(kKept, buffer.Capacity());
+  InFreshThread([] {
+    PropertyTextBuffer buffer;
+    char* data = buffer.Reserve(kKept, 0);
+    EXPECT_EQ(data, buffer.Reserve(kKept / 2, 0));
+    EXPECT_EQ(kKept, buffer.Capacity());
+  });
 }
 
 TEST(PropertyTextBufferTest, EveryThreadKeepsABufferOfItsOwn) {
