@@ -31,7 +31,6 @@ struct Traits;
 
 template <>
 struct Traits<JavaPropertiesFormat> {
-  static const char kComment = JavaPropertiesFormat::LineParser::kCommentMark;
   static bool FindHeader(char*&, char*&) { return false; }
   static void TakeSectionName(const char*, const char*, propstring&) {}
   static void Take(const JavaProperties& store, Table& table) {
@@ -41,7 +40,6 @@ struct Traits<JavaPropertiesFormat> {
 
 template <>
 struct Traits<IniPropertiesFormat> {
-  static const char kComment = IniPropertiesFormat::LineParser::kCommentMark;
   static bool FindHeader(char*& line, char*& end) {
     return IniPropertiesFormat::FindHeader(line, end);
   }
@@ -130,8 +128,8 @@ void ScanLayout(char* text, const std::vector<Line>& lines, Layout& layout) {
     }
     char* const lineEnd = end;
     char* equals;
-    end = PropertyTextReader::CutComment(line, end, Traits<Format>::kComment,
-                                         equals);
+    end = PropertyTextReader::CutComment(
+        line, end, Format::LineParser::kCommentMark, equals);
     if (Traits<Format>::FindHeader(line, end)) {
       Traits<Format>::TakeSectionName(line, end, name);
       // Entries under "[]" are read and dropped, as before any header.
@@ -239,7 +237,7 @@ bool Refuse(const char* part, const char* trouble, propstring& why) {
 template <typename Format>
 const char* NewKeyTrouble(const propstring& key) {
   if (const char* trouble = PropertyTextWriter::FieldTrouble(
-          key, Traits<Format>::kComment, true)) {
+          key, Format::LineParser::kCommentMark, true)) {
     return trouble;
   }
   if (key.find('=') != propstring::npos) return "holds '='";
@@ -253,8 +251,8 @@ const char* NewKeyTrouble(const propstring& key) {
 // Why a value to be written in a Format file would not read back, or null.
 template <typename Format>
 const char* ValueTrouble(const propstring& value) {
-  return PropertyTextWriter::FieldTrouble(value, Traits<Format>::kComment,
-                                          true);
+  return PropertyTextWriter::FieldTrouble(
+      value, Format::LineParser::kCommentMark, true);
 }
 
 // True if every entry of store that differs from before can be written so
@@ -270,7 +268,7 @@ bool Writable(const typename Format::Store& store, const Table& before,
     Table::const_iterator was = before.find(section.first);
     if (was == before.end() && Format::kSectioned) {
       if (const char* trouble = PropertyTextWriter::FieldTrouble(
-              section.first, Traits<Format>::kComment, true)) {
+              section.first, Format::LineParser::kCommentMark, true)) {
         return Refuse("a section name", trouble, why);
       }
     }
@@ -335,7 +333,7 @@ bool EditText(const char* original, size_t size,
     Table::const_iterator was = before.find(section.first);
     if (was == before.end()) {
       if (const char* trouble = PropertyTextWriter::FieldTrouble(
-              section.first, Traits<Format>::kComment, true)) {
+              section.first, Format::LineParser::kCommentMark, true)) {
         return Refuse("a section name", trouble, why);
       }
       for (const Entries::value_type& entry : section.second) {

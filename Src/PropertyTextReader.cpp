@@ -23,15 +23,12 @@ unsigned long long Bits(__m128i matches) {
 }  // namespace
 #endif
 
-char* PropertyTextReader::CutComment(char* line, char* end, char mark) {
-  char* comment = static_cast<char*>(
-      std::memchr(line, mark, static_cast<size_t>(end - line)));
-  return comment == nullptr ? end : comment;
-}
-
 char* PropertyTextReader::CutComment(char* line, char* end, char mark,
                                      char*& equals) {
-  end = CutComment(line, end, mark);
+  if (char* comment = static_cast<char*>(
+          std::memchr(line, mark, static_cast<size_t>(end - line)))) {
+    end = comment;
+  }
   equals = static_cast<char*>(
       std::memchr(line, '=', static_cast<size_t>(end - line)));
   return end;

@@ -96,10 +96,8 @@ class PropertyTextReader {
   }
 
   // The end of the line [line, end) once its comment, from the first
-  // mark on, is cut.
-  static char* CutComment(char* line, char* end, char mark);
-  // CutComment(), which also finds the first '=' of what is left: equals
-  // is set to it, or to null if there is none.
+  // mark on, is cut; equals is set to the first '=' of what is left, or to
+  // null if there is none.
   static char* CutComment(char* line, char* end, char mark, char*& equals);
   // Takes the entry line [line, end) (its comment cut), whose first '=' is
   // equals, into table: split there, both fields cleaned, a redefinition
